@@ -1,0 +1,52 @@
+# The library: its objects, the DLL that hosts load, and the import library that they link.
+
+# The objects on their own are what white-box tests link.
+add_library(kestrovane_objects OBJECT
+    exports/Module.cpp
+    frame/FailureReport.cpp
+    frame/FileManager.cpp
+    frame/FileManagerErrors.cpp
+    frame/LogSinks.cpp
+    frame/ModuleState.cpp
+    paths/CurrentDirectory.cpp
+    paths/EnvironmentExpansion.cpp
+    paths/PathDecomposition.cpp
+    paths/PathSplit.cpp
+    paths/PathValidation.cpp
+    paths/StringHelpers.cpp
+    fileops/DirectoryChecks.cpp
+    fileops/DirectoryCreation.cpp
+    fileops/FileChecks.cpp
+    fileops/FileCopy.cpp
+    fileops/Listing.cpp
+    restore/FileDesc.cpp
+    restore/RestorePathMapping.cpp)
+target_include_directories(kestrovane_objects PUBLIC exports ${PROJECT_SOURCE_DIR})
+target_compile_definitions(kestrovane_objects PRIVATE KESTROVANE_BUILD INTERFACE KESTROVANE_STATIC)
+target_link_libraries(kestrovane_objects PRIVATE kestrovane_strictness INTERFACE oleaut32 shlwapi)
+
+configure_file(exports/Kestrovane.rc.in Kestrovane.rc @ONLY)
+
+add_library(kestrovane SHARED ${PROJECT_BINARY_DIR}/Kestrovane.rc)
+set_target_properties(kestrovane PROPERTIES OUTPUT_NAME Kestrovane PREFIX "")
+target_link_libraries(kestrovane PRIVATE kestrovane_objects kestrovane_strictness)
+target_include_directories(kestrovane INTERFACE ${PROJECT_SOURCE_DIR}/exports)
+
+# A host links one library: the import library also carries the stubs of the BSTR functions that the header's inline
+# code calls.
+set(import_library ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/libKestrovane.dll.a)
+execute_process(
+    COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=liboleaut32.a
+    OUTPUT_VARIABLE oleaut32
+    OUTPUT_STRIP_TRAILING_WHITESPACE)
+file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/import-library.mri CONTENT
+"create ${import_library}.joined
+addlib ${import_library}
+addlib ${oleaut32}
+save
+end
+")
+add_custom_command(TARGET kestrovane POST_BUILD
+    COMMAND ${CMAKE_AR} -M < ${PROJECT_BINARY_DIR}/import-library.mri
+    COMMAND ${CMAKE_COMMAND} -E rename ${import_library}.joined ${import_library}
+    VERBATIM)

@@ -1,0 +1,309 @@
+/// Kestrovane: file-system work around volume snapshots and restores, for backup agents.
+///
+/// Include this header and link libKestrovane.dll.a. Hosts use the shared C++ runtime of the toolchain that
+/// built the DLL, because C++ strings, containers and exceptions cross this interface.
+///
+/// Before the first call
+/// ---------------------
+/// Register the host's functions with SetVssFileManagerLogger. Until then log lines go to standard output with
+/// the prefix "Kestrovane: ". Every call belongs to one thread at a time: the library keeps one error state, one
+/// keep-alive stamp and no locks, and several functions move the process's current directory while they run.
+///
+/// Results that do not say what they seem to
+/// -----------------------------------------
+/// - RecursivelyCreateDirectory is true for every well-formed path, also when no directory could be made. Ask
+///   isDirectoryExists afterwards.
+/// - DoCopyComponentFile and DoCopyComponentFileToDir give 1 when a read error cuts the copy short: the target
+///   then holds the first part of the source. Compare sizes or contents. A copy that fails with 0 may leave an
+///   empty or partial target behind.
+/// - getFileSize gives 0 for an empty file and for a missing one.
+/// - isFileExists is false for a directory, and for a file that this process may not read or that another
+///   handle holds without sharing.
+/// - IsFileExistsSnap is true for a null pointer.
+/// - IsCanReplaceFile is true for a file that does not exist and for one that may not be read.
+/// - The listings give an empty or partial list when they fail. Nothing tells it from a complete one.
+/// - ListDirecoriesRecursive lists one level, not the tree.
+/// - The path functions give an empty text for a refused path and for a path without the part that was asked
+///   for. They take relative paths from the current directory, and lose the middle of ..\..\a\f.txt.
+/// - WStringAfterWCHAR and WStringBeforeWCHAR give the whole text when the character does not occur.
+/// - FindMatchStringInList is true for every text when the list holds an empty element.
+/// - MapRestorePath neither adds nor removes a backslash between the alternate location and the rest: with a
+///   mapping path that ends with a backslash it runs two names together. MapRestorePath1 does not. The first
+///   mapping that covers a file decides, not the best one.
+///
+/// What may be thrown
+/// ------------------
+/// Failures of Windows are never thrown. CAtlException comes from BSTR strings, std::bad_alloc and
+/// std::length_error from string copies; a function that throws neither says so.
+///
+/// Lengths
+/// -------
+/// Paths pass through buffers of 260 characters (MAX_PATH, terminator included) wherever Windows or the runtime
+/// library asks for one. A longer path fails as an over-long path does; nothing is written past a buffer.
+#pragma once
+
+#include <KestrovaneBstr.h>
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#if defined(KESTROVANE_BUILD)
+#define KESTROVANE_API __declspec(dllexport)
+#elif defined(KESTROVANE_STATIC)
+#define KESTROVANE_API
+#else
+#define KESTROVANE_API __declspec(dllimport)
+#endif
+
+// ---------------------------------------------------------------------------------------------------------
+// Host functions
+// ---------------------------------------------------------------------------------------------------------
+
+/// Receives the library's log lines. `format` is a narrow printf format that carries its own line end; wide
+/// arguments come with %S, narrow ones with %s. Level 2 marks locations and progress, level 0 everything else;
+/// the library filters nothing. The result is ignored.
+///
+/// Two formats pair %s with a wide path (see DeleteDirectoryRecursive); a host that prints wide text itself has
+/// to know them. The platform's own printf stops at a %S argument with a character above U+00FF in the C locale.
+using VssFileManagerLogFn = int(__cdecl*)(int level, const char* format, ...);
+
+/// Tells the host that the library is still at work; `seconds` is how long to wait for the next sign of life
+/// (600, or 10800 before a write of security information). No further arguments are passed and the result is ignored.
+using VssFileManagerKeepAliveFn = int(__cdecl*)(int seconds, ...);
+
+/// Registers the host's functions. They stay in use until the next registration; keep them callable until the
+/// DLL is unloaded. None may be null: a null logger faults at once, a null keep-alive when it is first due.
+///
+/// The new logger is called once, at level 2, before the function returns.
+///
+/// @param logger     Receives every log line.
+/// @param keepAlive  Called by long operations.
+/// @param auxLogger  Kept, never called.
+KESTROVANE_API void SetVssFileManagerLogger(VssFileManagerLogFn logger, VssFileManagerKeepAliveFn keepAlive,
+                                            VssFileManagerLogFn auxLogger);
+
+/// Logs the line of this call at level 2 and calls the host's keep-alive function with 600 seconds.
+///
+/// @param unused  Never read; null is fine.
+KESTROVANE_API void SendKA(const char* unused);
+
+// ---------------------------------------------------------------------------------------------------------
+// Paths
+// ---------------------------------------------------------------------------------------------------------
+//
+// The first five functions first make the path absolute: "/" becomes "\", a relative path is put behind the
+// current directory, a path that begins with one backslash behind its drive. A path that begins with "..\"
+// becomes an ancestor of the current directory followed by the last part alone; the process's current directory
+// is changed for that and put back. A part with ':', '*' or '?' is refused: the answer is empty, and the thread's
+// last error, if it is not 0, is logged. Paths that begin with two backslashes are taken as they are.
+// A part of the path of more than 255 characters is looked at up to there. A current directory of 260 characters
+// or more counts as empty.
+// They change neither their argument nor, on their own account, the last error.
+
+/// The text after the last backslash: "f.tar.gz" of C:\dir\f.tar.gz.
+/// Empty for C:\dir\, for C:f.txt (no backslash) and for a refused path.
+KESTROVANE_API std::wstring GetFileName(const std::wstring& path);
+
+/// The text before the last backslash, without it: "C:\dir" of C:\dir\f.txt, but "C:" of C:\f.txt.
+/// Empty for a path without a backslash and for a refused path.
+KESTROVANE_API std::wstring GetPathFileName(const std::wstring& path);
+
+/// The text after the last colon: "\dir\f.txt" of C:\dir\f.txt. Empty without a colon and for a refused path.
+KESTROVANE_API std::wstring GetPathFileNameNoVolume(const std::wstring& path);
+
+/// The text before the last colon: "C" of C:\dir, "\\?\C" of \\?\C:\dir.
+/// Empty for a share and for a refused path.
+KESTROVANE_API std::wstring GetVolume(const std::wstring& path);
+
+/// The local path behind an administrative share: C:\dir\f.txt of \\host\volume$C\dir\f.txt.
+///
+/// The last "volume$" counts, in this case only. A path without it is returned made absolute; a path with
+/// nothing but a drive after it, and a refused path, give an empty text.
+KESTROVANE_API std::wstring GetPathFileTranslate(const std::wstring& path);
+
+/// `path` with a backslash at its end; "\" for an empty path. A trailing "/" is not taken for one.
+KESTROVANE_API std::wstring AppendBackslash(std::wstring path);
+
+// ---------------------------------------------------------------------------------------------------------
+// Strings and lists
+// ---------------------------------------------------------------------------------------------------------
+//
+// Case is that of the runtime's current locale; in the default one only A to Z and a to z have case.
+// Comparisons end at a terminator inside a text. Nothing is logged.
+
+/// Whether two texts are equal without regard to case.
+KESTROVANE_API bool IsEqual(std::wstring first, std::wstring second);
+
+/// Whether some element of `list` equals `text` without regard to case.
+KESTROVANE_API bool FindStringInList(std::wstring text, std::vector<std::wstring> list);
+
+/// Whether some element of `list` occurs inside `text` without regard to case. The elements are fragments, not
+/// patterns: '*' and '?' stand for themselves. An empty element occurs in every text.
+KESTROVANE_API bool FindMatchStringInList(std::wstring text, std::vector<std::wstring> list);
+
+/// The part of `text` after the first `character`; all of it when the character does not occur.
+KESTROVANE_API std::wstring WStringAfterWCHAR(std::wstring text, wchar_t character);
+
+/// The part of `text` before the first `character`; all of it when the character does not occur.
+KESTROVANE_API std::wstring WStringBeforeWCHAR(std::wstring text, wchar_t character);
+
+/// `text` with every character passed through the runtime's narrow toupper; the length stays.
+KESTROVANE_API std::wstring WString2UpperCase(const std::wstring& text);
+
+/// Replaces each %NAME% in `text` by the environment variable's value. Names that are not defined stay.
+///
+/// Hazards: a result of more than 259 characters is cut, or lost, as Windows leaves it in a buffer of 260
+/// characters, and each such call keeps its working buffer for the life of the process. When Windows refuses the
+/// expansion, "ExpandEnvironmentStrings failed due to error %d.\n" goes to standard output and the text stays.
+/// A text without '%' is not looked at any further.
+///
+/// Throws CAtlException (0x8007000E) when no string can be allocated; `text` is then as it was.
+KESTROVANE_API void DoExpandEnvironmentStrings(CComBSTR& text);
+
+// ---------------------------------------------------------------------------------------------------------
+// Checks and creation
+// ---------------------------------------------------------------------------------------------------------
+//
+// An empty path is false, after the thread's last error, if it is not 0, has been logged.
+
+/// Whether the process can change into `path`, which is what "exists" means here.
+///
+/// @return false for an empty path, a file, a directory that may not be entered, and a path with ':', '*' or '?'
+///         in a part of it; a path that begins with two backslashes skips that last check.
+///
+/// Moves the process's current directory during the call and puts it back. The last error is that of the attempt.
+KESTROVANE_API bool isDirectoryExists(const std::wstring& path);
+
+/// Whether the process's user may both read and write `path`, by the access list of the file or directory.
+///
+/// The path is used as it is given. Only the access list is asked: attributes and other handles do not count.
+/// @return false also when the access list or the process's token cannot be read; nothing is logged then.
+KESTROVANE_API bool isDirectoryReadWritable(const std::wstring& path);
+
+/// Creates a directory with all its missing parents.
+///
+/// @return true whenever the path is well formed, even if nothing could be made: callers that need to be sure
+///         ask isDirectoryExists afterwards. false for an empty or refused path.
+///
+/// If the directory cannot be entered in the end, one of "Unable to locate the directory: %S\n",
+/// "Invalid buffer.\n" and "Unknown error.\n" goes to standard output, the failure is logged, and the last error
+/// is set to that of the last directory that could not be made; when all could be made, to an older code.
+/// Moves the process's current directory during the call and puts it back. Relative paths with "..\" in front
+/// are reduced as described under "Paths".
+KESTROVANE_API bool RecursivelyCreateDirectory(const std::wstring& path);
+
+/// Whether `path` is a file that this process can open for reading.
+///
+/// @return false for a directory, a missing file, a file that may not be read, one that another handle holds
+///         without sharing, and a refused path. The last error and errno are those of the attempt.
+KESTROVANE_API bool isFileExists(const std::wstring& path);
+
+/// Whether `path`, a file or a directory, has attributes that can be read. The path is in the ANSI code page.
+///
+/// @return true for a null pointer: no path counts as present.
+KESTROVANE_API bool IsFileExistsSnap(char* path);
+
+/// Whether `path` can be replaced by a restore now: it is missing, or it can be opened for writing alone.
+///
+/// @return false when another handle is open on it, or when it may not be written. A file that is there but may
+///         not be read counts as missing (true).
+/// Opens the file for writing without sharing for a moment; the content is not touched.
+KESTROVANE_API bool IsCanReplaceFile(std::wstring& path);
+
+/// Size of a file in bytes. 0 for an empty file, and for one that is missing or cannot be queried; the last error
+/// tells only after a failure.
+KESTROVANE_API std::int64_t getFileSize(std::wstring& path);
+
+// ---------------------------------------------------------------------------------------------------------
+// Listings
+// ---------------------------------------------------------------------------------------------------------
+//
+// Filters are the platform's: '*' and '?', without regard to case, short names included; "*" stands for "*.*".
+// Hidden and system files are listed like all others. Directories that are links are entered.
+// While a listing runs, the host's keep-alive function is called with 600 when 599 seconds have gone by since the
+// last time. Files are logged at level 2 as they are found. Each call moves the process's current directory for a
+// moment and puts it back. A directory that is missing or refused gives an empty list.
+
+/// The files of one directory that match `filter`, in the order of their code units (capitals first).
+///
+/// @param directory  Made absolute as described under "Paths"; an empty one is the current directory.
+/// @param fullPath   true: full paths; false: names alone.
+KESTROVANE_API std::vector<std::wstring> ListFilesFilter(const std::wstring& directory, const std::wstring& filter,
+                                                         bool fullPath);
+
+/// The files of a whole tree that match `filter`: first those of `directory`, then those of each directory below
+/// it, parents first. They are sorted within each directory.
+///
+/// @param fullPath  true: full paths; false: paths from `directory` on, without a backslash in front.
+/// @return What was found before the first directory that could not be searched. Nothing tells a partial list
+///         from a complete one.
+KESTROVANE_API std::vector<std::wstring> ListFilesFilterRecursive(const std::wstring& directory,
+                                                                  const std::wstring& filter, bool fullPath);
+
+/// The directories right below `directory`, as full paths without a trailing backslash, in the order in which
+/// Windows gives them. In spite of the name, one level only. Nothing is logged.
+KESTROVANE_API std::vector<std::wstring> ListDirecoriesRecursive(const std::wstring& directory);
+
+// ---------------------------------------------------------------------------------------------------------
+// Copy
+// ---------------------------------------------------------------------------------------------------------
+//
+// Source and target are opened without sharing, so a copy fails while any other handle is open on either. The
+// content alone is copied: no times, attributes, streams or access lists. An existing target is overwritten.
+// Missing directories are made first. Nothing is logged on a failed copy; the last error is that of the call
+// that failed. A path of the source that is empty is logged if the last error is not 0.
+
+/// Copies `source` into `directory` under its own name.
+///
+/// @return 1 when the copy ran to its end, 0 otherwise. Hazard: a read error in mid-file ends the copy with 1 and a
+///         short target, and a target left by a failed copy is not deleted.
+KESTROVANE_API int DoCopyComponentFileToDir(const std::wstring& source, const std::wstring& directory);
+
+/// Copies `source` to the file `target`. Result and hazards are those of DoCopyComponentFileToDir.
+KESTROVANE_API int DoCopyComponentFile(const std::wstring& source, const std::wstring& target);
+
+// ---------------------------------------------------------------------------------------------------------
+// Restore mapping
+// ---------------------------------------------------------------------------------------------------------
+//
+// A file description is a directory, a file specification with '*' (any run of characters) and '?' (exactly one
+// character), and a flag that takes in all directories below. Case does not matter, nor does one backslash at the
+// end of the directory. An empty directory is taken as "\". Texts end at a terminator inside them.
+// These functions throw only CAtlException (0x8007000E).
+
+/// Whether two file descriptions overlap: some file name fits both specifications, and the directories are equal
+/// or one lies in the tree of the other, where the flag of the outer one is set.
+///
+/// "*.*" covers only names with a dot. No string is changed. Work is at most the product of the lengths of the two
+/// specifications.
+KESTROVANE_API bool IsFileDescMatch(std::wstring& path1, std::wstring& spec1, bool recursive1, std::wstring& path2,
+                                    std::wstring& spec2, bool recursive2);
+
+/// One alternate location: the files of a description and the directory that takes the place of theirs.
+struct VSS_ALTERNATE_MAPPING {
+    std::wstring path;              ///< the directory that the mapping covers, in any case
+    std::wstring alternateLocation; ///< the directory that replaces it
+    std::wstring fileSpec;          ///< which files; may hold '*' and '?'
+    bool recursive;                 ///< also everything below the directory
+};
+
+/// Rewrites `path` to its alternate location, if some mapping covers it.
+///
+/// @param path      The directory of the file to restore; on success its alternate location followed by what comes
+///                  after the length of the mapping's path as it is written, nothing added or taken out. With the
+///                  mapping C:\Data\ to D:\Restore, C:\Data\Sub becomes D:\RestoreSub. Where the mapping's path is the
+///                  longer, nothing follows.
+/// @param spec      The file's name or specification.
+/// @param mappings  Tried in their order; the first that covers the file decides.
+/// @return false when no mapping covers the file; `path` is then as it was, as it is after an exception.
+///
+/// Logs the file, the mapping and two diagnostic lines at level 2 when a mapping was found.
+KESTROVANE_API bool MapRestorePath(std::wstring& path, std::wstring& spec,
+                                   std::vector<VSS_ALTERNATE_MAPPING>& mappings);
+
+/// MapRestorePath for mappings whose path may end with a backslash: one such backslash is not counted, so that
+/// C:\Data\ to D:\Restore turns C:\Data\Sub into D:\Restore\Sub. Logs nothing.
+KESTROVANE_API bool MapRestorePath1(std::wstring& path, std::wstring& spec,
+                                    std::vector<VSS_ALTERNATE_MAPPING>& mappings);

@@ -1,0 +1,35 @@
+// Small tools for files and texts, independent of the library under test.
+
+#pragma once
+
+#include <windows.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+using StringList = std::vector<std::wstring>;
+
+std::string Utf8(const std::wstring& text);
+
+void WriteFileBytes(const std::wstring& path, const std::string& bytes); // replaces the file
+std::string ReadFileBytes(const std::wstring& path);                     // empty when it is missing, too
+bool PathExists(const std::wstring& path);                               // a file or a directory
+bool IsDirectory(const std::wstring& path);
+
+std::wstring CurrentDirectory();
+
+// A handle on an existing file, for tests that keep it from others; closed at the end of the scope.
+class HeldFile {
+public:
+    HeldFile(const std::wstring& path, DWORD access, DWORD share);
+    ~HeldFile();
+    HeldFile(const HeldFile&) = delete;
+    HeldFile& operator=(const HeldFile&) = delete;
+
+private:
+    HANDLE m_file;
+};
+
+// Bytes that differ from place to place, the same for the same seed.
+std::string SampleBytes(std::size_t size, unsigned seed = 1);

@@ -1,0 +1,20 @@
+// A second process that holds a file open.
+
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+// Holds the file from the constructor's return to the destructor, with the given access and share mode.
+class HolderProcess {
+public:
+    HolderProcess(const std::wstring& path, DWORD access, DWORD share);
+    ~HolderProcess();
+    HolderProcess(const HolderProcess&) = delete;
+    HolderProcess& operator=(const HolderProcess&) = delete;
+
+private:
+    PROCESS_INFORMATION m_process = {};
+    HANDLE m_release = nullptr;
+};
