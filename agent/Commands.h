@@ -1,0 +1,49 @@
+// The agent's commands: their options, and the function that runs each. Each function gives the exit code.
+
+#pragma once
+
+#include "agent/Mappings.h"
+
+#include <string>
+
+namespace agent {
+
+struct CommonOptions {
+    bool json = false;
+    bool verbose = false;
+};
+
+struct ListOptions {
+    std::wstring directory;
+    std::wstring filter = L"*";
+    bool recursive = false;
+    bool fullPaths = false;
+};
+int RunList(const ListOptions& options, const CommonOptions& common);
+
+struct BackupOptions {
+    std::wstring directory;
+    std::wstring target;
+    std::wstring filter = L"*";
+};
+int RunBackup(const BackupOptions& options, const CommonOptions& common);
+
+struct MapOptions {
+    std::wstring path;
+    std::wstring name; // empty: `path` is a file, or else a directory
+    Mappings mappings;
+    bool explain = false;
+};
+int RunMap(const MapOptions& options, const CommonOptions& common);
+
+enum class Overwrite { kAlways, kIfNewer, kNever };
+
+struct RestoreOptions {
+    std::wstring backup;
+    Mappings mappings;
+    Overwrite overwrite = Overwrite::kAlways;
+    bool dryRun = false;
+};
+int RunRestore(const RestoreOptions& options, const CommonOptions& common);
+
+} // namespace agent

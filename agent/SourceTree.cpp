@@ -1,0 +1,94 @@
+// A directory tree as a backup sees it.
+
+#include "agent/SourceTree.h"
+
+#include "agent/FileFacts.h"
+#include "agent/Interrupt.h"
+#include "agent/Text.h"
+
+#include <Kestrovane.h>
+
+#include <algorithm>
+
+namespace agent {
+
+namespace {
+
+class Reader {
+public:
+    Reader(const std::wstring& root, const std::wstring& filter) : m_root(root), m_filter(filter) {}
+
+    SourceTree Read()
+    {
+        ReadDirectory(L"");
+        return std::move(m_tree);
+    }
+
+private:
+    // `relative` is empty for the root, else it ends with a backslash.
+    void ReadDirectory(const std::wstring& relative)
+    {
+        const std::wstring directory = Join(m_root, relative);
+        if (IsInterrupted() || !CanBeRead(directory)) {
+            return;
+        }
+        for (const std::wstring& name : ListFilesFilter(directory, m_filter, false)) {
+            m_tree.files.push_back(relative + name);
+        }
+        for (const std::wstring& path : ListDirecoriesRecursive(directory)) {
+            ReadSubdirectory(relative + path.substr(path.rfind(L'\\') + 1), path);
+        }
+    }
+
+    void ReadSubdirectory(const std::wstring& relative, const std::wstring& path)
+    {
+        const auto facts = ReadFacts(path);
+        if (facts && facts->IsLink()) {
+            m_tree.links.push_back(relative);
+            return;
+        }
+        const auto identity = ReadIdentity(path);
+        if (identity && std::find(m_above.begin(), m_above.end(), *identity) != m_above.end()) {
+            m_tree.failures.emplace_back(path, L"leads back to a directory above it");
+            return;
+        }
+        m_tree.directories.push_back(relative);
+        m_above.push_back(identity.value_or(DirectoryIdentity()));
+        ReadDirectory(relative + L'\\');
+        m_above.pop_back();
+    }
+
+    bool CanBeRead(const std::wstring& directory)
+    {
+        if (IsTooLong(directory)) {
+            m_tree.failures.emplace_back(directory, L"the path has more than 259 characters");
+            return false;
+        }
+        WIN32_FIND_DATAW entry = {};
+        const HANDLE search = ::FindFirstFileW(Join(directory, L"*").c_str(), &entry);
+        if (search == INVALID_HANDLE_VALUE) {
+            const DWORD error = ::GetLastError();
+            if (error == ERROR_FILE_NOT_FOUND) {
+                return true; // an empty root has no entries at all
+            }
+            m_tree.failures.emplace_back(directory, SystemReason(error));
+            return false;
+        }
+        ::FindClose(search);
+        return true;
+    }
+
+    std::wstring m_root;
+    std::wstring m_filter;
+    std::vector<DirectoryIdentity> m_above;
+    SourceTree m_tree;
+};
+
+} // namespace
+
+SourceTree ReadSourceTree(const std::wstring& root, const std::wstring& filter)
+{
+    return Reader(root, filter).Read();
+}
+
+} // namespace agent
