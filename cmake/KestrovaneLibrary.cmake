@@ -6,6 +6,7 @@ add_library(kestrovane_objects OBJECT
     frame/FailureReport.cpp
     frame/FileManager.cpp
     frame/FileManagerErrors.cpp
+    frame/InvalidParameter.cpp
     frame/LogSinks.cpp
     frame/ModuleState.cpp
     paths/CurrentDirectory.cpp
@@ -18,9 +19,13 @@ add_library(kestrovane_objects OBJECT
     fileops/DirectoryCreation.cpp
     fileops/FileChecks.cpp
     fileops/FileCopy.cpp
+    fileops/FileDeletion.cpp
     fileops/Listing.cpp
+    fileops/TreeDeletion.cpp
     restore/FileDesc.cpp
-    restore/RestorePathMapping.cpp)
+    restore/RestorePathMapping.cpp
+    cache/CacheFile.cpp
+    cache/CacheFileLists.cpp)
 target_include_directories(kestrovane_objects PUBLIC exports ${PROJECT_SOURCE_DIR})
 target_compile_definitions(kestrovane_objects PRIVATE KESTROVANE_BUILD INTERFACE KESTROVANE_STATIC)
 target_link_libraries(kestrovane_objects PRIVATE kestrovane_strictness INTERFACE oleaut32 shlwapi)

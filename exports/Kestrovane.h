@@ -23,6 +23,10 @@
 /// - IsCanReplaceFile is true for a file that does not exist and for one that may not be read.
 /// - The listings give an empty or partial list when they fail. Nothing tells it from a complete one.
 /// - ListDirecoriesRecursive lists one level, not the tree.
+/// - DeleteFilesFilter is true for a directory that is missing.
+/// - DeleteDirectoryRecursive gives 0 without a log line when the directory cannot be searched or, once empty, not be
+///   removed. What it has deleted until then is gone.
+/// - CleanupDirectory ends the process for a path of more than 260 characters.
 /// - The path functions give an empty text for a refused path and for a path without the part that was asked
 ///   for. They take relative paths from the current directory, and lose the middle of ..\..\a\f.txt.
 /// - WStringAfterWCHAR and WStringBeforeWCHAR give the whole text when the character does not occur.
@@ -30,6 +34,9 @@
 /// - MapRestorePath neither adds nor removes a backslash between the alternate location and the rest: with a
 ///   mapping path that ends with a backslash it runs two names together. MapRestorePath1 does not. The first
 ///   mapping that covers a file decides, not the best one.
+/// - CreateCacheFile gives false and still leaves a cache file when only the copy failed; its second argument names it.
+/// - MoveCacheFile is true for every move that Windows registers, also for those that will do nothing at the restart:
+///   between volumes, on a share, or of a file that is missing. DeleteCacheFileList is true whatever happened.
 ///
 /// What may be thrown
 /// ------------------
@@ -247,6 +254,49 @@ KESTROVANE_API std::vector<std::wstring> ListFilesFilterRecursive(const std::wst
 KESTROVANE_API std::vector<std::wstring> ListDirecoriesRecursive(const std::wstring& directory);
 
 // ---------------------------------------------------------------------------------------------------------
+// Deletion
+// ---------------------------------------------------------------------------------------------------------
+//
+// Hazard: the deleters enter directories that are links (junctions, directory symbolic links) and delete what these lead
+// to. Attributes are never changed, so a read-only file stops them. Nothing goes to a recycle bin.
+
+/// Deletes the files of one directory that match `filter`; its subdirectories stay.
+///
+/// @param directory  Made absolute as described under "Paths". Hazard: an empty one is the current directory.
+/// @param filter     The platform's '*' and '?'; "*" is taken as it stands here.
+/// @return true when every matching file was deleted, also when none matched or the directory is missing. false at the
+///         first file that could not be deleted; later ones are not tried, and the last error is that of the attempt.
+///
+/// Deletes in the order of the names' code units and logs the files as a listing does. Moves the process's current
+/// directory for a moment and puts it back.
+KESTROVANE_API bool DeleteFilesFilter(const std::wstring& directory, const std::wstring& filter);
+
+/// Deletes a directory with everything in it.
+///
+/// @param directory  Zero-terminated, at most 257 characters, with or without a drive; used as it is given.
+/// @return nonzero on success. 0 at the first failure, with nothing retried: silently when the directory cannot be
+///         searched or, once empty, not be removed; after a log line and the report of the Win32 error when something in
+///         it cannot be deleted. The last error tells why. A path or entry that does not fit 260 characters fails with
+///         206 (ERROR_FILENAME_EXCED_RANGE). A null or empty path is refused with 3 (ERROR_PATH_NOT_FOUND).
+///
+/// Hazards: the first entry that Windows gives is skipped as ".", so in a drive's root, which has no such entry, one file or
+/// directory stays and the result is 0. Stack: less than 1.5 KiB for each level of directories, and paths of 260
+/// characters have at most 129 levels.
+///
+/// Logs every deletion at level 0. The lines "Directory couldn't be deleted: %s \n" and "File couldn't be deleted: %s \n"
+/// pass the path as a wide text although their conversion is %s.
+KESTROVANE_API int DeleteDirectoryRecursive(const wchar_t* directory);
+
+/// Deletes a directory with everything in it: DeleteDirectoryRecursive for up to 260 characters.
+///
+/// Hazard: for a longer path the directories below it are emptied of files and removed, deepest first, and then the process
+/// ends with STATUS_INVALID_CRUNTIME_PARAMETER (0xC0000417), unless an invalid-parameter handler returns. The directory
+/// itself and the files right in it stay. Never pass such a path without such a handler. With the UCRT the handler is that
+/// of the process; with the older runtime it can only be set inside this DLL's own module, so a host has none.
+/// @return whether everything was deleted; of a long path, whether the files below could be.
+KESTROVANE_API bool CleanupDirectory(const std::wstring& directory);
+
+// ---------------------------------------------------------------------------------------------------------
 // Copy
 // ---------------------------------------------------------------------------------------------------------
 //
@@ -307,3 +357,64 @@ KESTROVANE_API bool MapRestorePath(std::wstring& path, std::wstring& spec,
 /// C:\Data\ to D:\Restore turns C:\Data\Sub into D:\Restore\Sub. Logs nothing.
 KESTROVANE_API bool MapRestorePath1(std::wstring& path, std::wstring& spec,
                                     std::vector<VSS_ALTERNATE_MAPPING>& mappings);
+
+// ---------------------------------------------------------------------------------------------------------
+// Cache files
+// ---------------------------------------------------------------------------------------------------------
+//
+// A file in use that a restore cannot replace now is put into a cache file first, and the cache file is moved over it at the
+// next restart. These functions throw nothing and log nothing of their own; a failure is their result.
+
+/// Makes a new cache file with a unique name, beside the live file or in the temporary directory.
+///
+/// @param liveFile      The file in use. When its directory has more than 246 characters, the cache file is made in
+///                      C:\#Quorvanta\Cache.
+/// @param cacheFile     Receives the cache file's path. After a failed copy it names a file that is still there.
+/// @param prefix        Its first three characters begin the name.
+/// @param useTempPath   true: in the temporary directory of the environment (TMP, TEMP, the profile).
+/// @param copyOriginal  true: filled with the live file's content, which takes a live file that can be opened alone;
+///                      false: empty.
+/// @return false when the directory or the file could not be made or the copy failed; the last error tells why.
+///
+/// A missing directory is made. Moves the process's current directory for a moment and puts it back.
+KESTROVANE_API bool CreateCacheFile(const std::wstring& liveFile, std::wstring& cacheFile, std::wstring prefix,
+                                    bool useTempPath, bool copyOriginal);
+
+/// Registers a cache file to replace `target` when the system next starts; nothing is moved now.
+///
+/// Hazard: true says that the move was registered, not that it will work. It does nothing at the restart when the two files
+/// are on different volumes, on a share, or when the cache file is gone by then. It takes an administrator. Check that
+/// cache file and target have the same local volume before the call.
+///
+/// @return false when Windows refuses the registration. The target's directory is made if it is missing.
+KESTROVANE_API bool MoveCacheFile(const std::wstring& cacheFile, std::wstring& target);
+
+/// Makes a cache file for each file of a list.
+///
+/// @param files      Paths, or, with a separator, entries such as "FILE|C:\a.txt". Entries of the kind "XML" (in any case)
+///                   are skipped; an entry without the separator is its own kind and path.
+/// @param separator  Between kind and path; 0 for plain paths.
+/// @param cacheMap   Receives for each entry as given, upper-cased, its cache file, upper-cased. Never cleared. Of an entry
+///                   that is listed twice the first cache file is in no map.
+/// @return false at the first cache file that could not be made; earlier ones are in the map and on disk, and what that
+///         entry's CreateCacheFile left is in no map.
+/// The other arguments are those of CreateCacheFile.
+KESTROVANE_API bool CreateCacheFileList(std::vector<std::wstring> files, wchar_t separator, std::wstring prefix,
+                                        bool useTempPath, std::map<std::wstring, std::wstring>& cacheMap,
+                                        bool copyOriginal);
+
+/// Deletes the cache files of a map, those in use at the next restart.
+///
+/// @param separator  Not 0: the path is what comes after its first occurrence in the map's value.
+/// @return true, whatever happened to each file; false only when memory ran out, which ends the work.
+KESTROVANE_API bool DeleteCacheFileList(std::map<std::wstring, std::wstring>& cacheMap, wchar_t separator);
+
+/// Deletes the cache files of a list, those in use at the next restart.
+/// @return true in every case, even when memory ran out in between.
+KESTROVANE_API bool DeleteCacheFileList(std::vector<std::wstring>& paths);
+
+/// Copies each cache file beside its live file, under the cache file's name. The live file is not touched.
+///
+/// @return false when some copy failed; the others are made all the same. A cache file that already lies beside its live
+///         file cannot be copied onto itself: false, and it keeps every byte.
+KESTROVANE_API bool RestoreFileListCache(std::map<std::wstring, std::wstring>& cacheMap);

@@ -67,6 +67,10 @@ public:
     bool CopyToDirectory(const std::wstring& source, const std::wstring& directory);
     bool CopyToDirectoryAs(const std::wstring& source, const std::wstring& directory, const std::wstring& name);
 
+    // Deletion on the runtime library (fileops/FileDeletion.cpp).
+    bool DeleteMatchingFiles(const std::wstring& directory, const std::wstring& filter);
+    bool CleanUpLongPath(const std::wstring& directory);
+
 private:
     void ClearErrorText() { m_errorText.clear(); }
     void RecordErrno(const std::wstring& subject);
@@ -78,6 +82,10 @@ private:
     bool AppendScan(const std::wstring& filter, const std::wstring& directory, std::vector<std::wstring>& files);
     bool CopyInto(const std::wstring& source, const std::wstring& directory, const std::wstring* name);
     std::wstring CreateComponents(const std::wstring& directory);
+    bool DeleteFileOrRecord(const std::wstring& path);
+    bool DeleteOneFile(const std::wstring& path);
+    bool DeleteFilesOf(const std::wstring& directory);
+    bool RemoveOneDirectory(const std::wstring& directory);
     void ReportUnreachableDirectory(const std::wstring& directory);
 
     std::wstring m_errorText;

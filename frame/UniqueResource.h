@@ -63,6 +63,14 @@ struct FileHandleTraits {
 };
 using UniqueFileHandle = UniqueResource<FileHandleTraits>;
 
+// A search of Windows (FindFirstFileW).
+struct FindHandleTraits {
+    using Value = HANDLE;
+    static Value None() noexcept { return INVALID_HANDLE_VALUE; }
+    static void Free(Value search) noexcept { ::FindClose(search); }
+};
+using UniqueFindHandle = UniqueResource<FindHandleTraits>;
+
 // A search of the runtime library (_wfindfirst64i32).
 struct RuntimeSearchTraits {
     using Value = std::intptr_t;

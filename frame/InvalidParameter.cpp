@@ -1,0 +1,28 @@
+// The runtime library's report of an invalid parameter.
+
+#include "frame/InvalidParameter.h"
+
+#include <windows.h>
+
+#include <cstdlib>
+
+#ifdef _UCRT
+
+void ReportInvalidParameter()
+{
+    ::_invalid_parameter_noinfo();
+}
+
+#else
+
+void ReportInvalidParameter()
+{
+    if (const auto handler = ::_get_invalid_parameter_handler(); handler != nullptr) {
+        handler(nullptr, nullptr, nullptr, 0, 0);
+        return;
+    }
+    constexpr UINT kInvalidRuntimeParameter = 0xC0000417; // STATUS_INVALID_CRUNTIME_PARAMETER
+    ::TerminateProcess(::GetCurrentProcess(), kInvalidRuntimeParameter);
+}
+
+#endif
