@@ -89,8 +89,10 @@ bool DeleteOneFile(const wchar_t* path)
     return true;
 }
 
-// An entry whose path has no room cannot be deleted; it is named whole all the same.
-void RefuseOverlongEntry(const FixedPath& base, const WIN32_FIND_DATAW& entry, UniqueFindHandle& search)
+// An entry whose path has no room cannot be deleted; it is named whole all the same. Not inlined: its buffer would be
+// part of every level of the recursion.
+[[gnu::noinline]] void RefuseOverlongEntry(const FixedPath& base, const WIN32_FIND_DATAW& entry,
+                                           UniqueFindHandle& search)
 {
     wchar_t path[MAX_PATH + MAX_PATH] = {};
     std::wcscpy(path, base.Text());
