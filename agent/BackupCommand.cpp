@@ -53,7 +53,7 @@ private:
         } else if (IsSameOrBelow(m_target, m_source)) {
             m_report.Fail(m_target, L"the target lies in the directory that is to be backed up");
         } else {
-            MakeDirectory(m_target);
+            Make(m_target);
         }
         return !m_report.HasFailures();
     }
@@ -68,7 +68,7 @@ private:
             m_report.Note(Join(m_source, link) + L" is a link; what it leads to is not backed up");
         }
         for (const std::wstring& directory : tree.directories) {
-            if (MakeDirectory(Join(m_target, directory))) {
+            if (Make(Join(m_target, directory))) {
                 m_manifest.directories.push_back(directory);
             }
         }
@@ -131,15 +131,13 @@ private:
         return nullptr;
     }
 
-    bool MakeDirectory(const std::wstring& directory)
+    bool Make(const std::wstring& directory)
     {
-        // Its result says only that the path is well formed.
-        RecursivelyCreateDirectory(directory);
-        if (!isDirectoryExists(directory)) {
-            Fail(directory, L"the directory cannot be made: " + SystemReason(::GetLastError()));
-            return false;
+        const auto reason = MakeDirectory(directory);
+        if (reason) {
+            Fail(directory, *reason);
         }
-        return true;
+        return !reason;
     }
 
     void Fail(const std::wstring& subject, const std::wstring& reason)

@@ -56,6 +56,8 @@ public:
         AddBackup();
         AddMap();
         AddRestore();
+        AddDelete();
+        AddCommand("pending", "Lists what is registered for the next restart", [this] { return RunPending(m_common); });
     }
 
     int Run(const std::vector<std::wstring>& arguments)
@@ -131,6 +133,21 @@ private:
             ->transform(CLI::CheckedTransformer(policies))
             ->type_name("WHEN");
         app.add_flag("--dry-run", m_restore.dryRun, "Shows what would be done and changes nothing");
+        app.add_flag("--temp-cache", m_restore.temporaryCache,
+                     "Cache files of files in use go to the temporary directory, where it is on the same volume");
+        app.add_flag("--protect-live", m_restore.protectLive,
+                     "Keeps copies of the live files meanwhile, and puts them back where the restore fails");
+    }
+
+    void AddDelete()
+    {
+        CLI::App& app = AddCommand("delete", "Deletes a tree, or files of a directory",
+                                   [this] { return RunDelete(m_delete, m_common); });
+        AddText(app, "DIR", m_delete.directory, "The directory")->required();
+        AddText(app, "--filter", m_delete.filter, "Only the files of the directory with such names");
+        app.add_flag("--yes", m_delete.yes, "Does it; without, what would go is shown");
+        app.add_flag("--clear-readonly", m_delete.clearReadOnly, "Read-only files, too");
+        app.add_flag("--follow-links", m_delete.followLinks, "Also what links to directories lead to");
     }
 
     CLI::App m_app{"Backs up and restores directory trees with the Kestrovane library.\n"
@@ -143,6 +160,7 @@ private:
     BackupOptions m_backup;
     MapOptions m_map;
     RestoreOptions m_restore;
+    DeleteOptions m_delete;
 };
 
 } // namespace

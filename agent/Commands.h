@@ -43,7 +43,20 @@ struct RestoreOptions {
     Mappings mappings;
     Overwrite overwrite = Overwrite::kAlways;
     bool dryRun = false;
+    bool temporaryCache = false; // cache files in the temporary directory instead of beside the files in use
+    bool protectLive = false;    // copies of the live files until the restore is through
 };
 int RunRestore(const RestoreOptions& options, const CommonOptions& common);
+
+struct DeleteOptions {
+    std::wstring directory;
+    std::wstring filter; // empty: the whole tree
+    bool yes = false;
+    bool clearReadOnly = false;
+    bool followLinks = false;
+};
+int RunDelete(const DeleteOptions& options, const CommonOptions& common);
+
+int RunPending(const CommonOptions& common);
 
 } // namespace agent

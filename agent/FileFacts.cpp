@@ -5,6 +5,8 @@
 #include "agent/Text.h"
 #include "frame/UniqueResource.h"
 
+#include <Kestrovane.h>
+
 namespace agent {
 
 namespace {
@@ -12,6 +14,13 @@ namespace {
 std::int64_t Joined(DWORD high, DWORD low)
 {
     return static_cast<std::int64_t>((static_cast<std::uint64_t>(high) << 32U) | low);
+}
+
+// The root of the volume that holds a path, a mount folder included; empty when Windows does not know.
+std::wstring VolumePath(const std::wstring& path)
+{
+    wchar_t volume[MAX_PATH] = {};
+    return ::GetVolumePathNameW(path.c_str(), volume, MAX_PATH) ? volume : std::wstring();
 }
 
 } // namespace
@@ -50,9 +59,41 @@ std::optional<DirectoryIdentity> ReadIdentity(const std::wstring& directory)
                              static_cast<std::uint64_t>(Joined(information.nFileIndexHigh, information.nFileIndexLow))};
 }
 
+std::optional<std::wstring> MakeDirectory(const std::wstring& directory)
+{
+    RecursivelyCreateDirectory(directory);
+    if (isDirectoryExists(directory)) {
+        return std::nullopt;
+    }
+    return L"the directory cannot be made: " + SystemReason(::GetLastError());
+}
+
 bool IsTooLong(const std::wstring& path)
 {
     return path.size() >= MAX_PATH;
+}
+
+bool IsVolumeRoot(const std::wstring& path)
+{
+    const std::wstring volume = VolumePath(Join(path, L""));
+    const bool isShare = path.starts_with(LR"(\\)") && path.find(L'\\', path.find(L'\\', 2) + 1) == std::wstring::npos;
+    return isShare || EqualIgnoringCase(volume, Join(path, L""));
+}
+
+bool IsOnShare(const std::wstring& path)
+{
+    constexpr const wchar_t* kLocalPrefix = LR"(\\?\)";
+    constexpr const wchar_t* kLongSharePrefix = LR"(\\?\UNC\)";
+    if (path.starts_with(LR"(\\)") && (!path.starts_with(kLocalPrefix) || path.starts_with(kLongSharePrefix))) {
+        return true;
+    }
+    return ::GetDriveTypeW(VolumePath(path).c_str()) == DRIVE_REMOTE;
+}
+
+bool IsSameVolume(const std::wstring& first, const std::wstring& second)
+{
+    const std::wstring volume = VolumePath(first);
+    return !volume.empty() && EqualIgnoringCase(volume, VolumePath(second));
 }
 
 std::wstring Join(const std::wstring& directory, const std::wstring& name)

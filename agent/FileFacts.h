@@ -34,8 +34,20 @@ struct DirectoryIdentity {
 };
 std::optional<DirectoryIdentity> ReadIdentity(const std::wstring& directory);
 
+// Makes a directory with its parents. @return a reason when it is not there afterwards; the library's own result says only
+// that the path is well formed.
+std::optional<std::wstring> MakeDirectory(const std::wstring& directory);
+
 // Whether a path is too long for the library and most of Windows: they have room for 259 characters.
 bool IsTooLong(const std::wstring& path);
+
+// The root of a drive or share, or the folder that a volume is mounted in.
+bool IsVolumeRoot(const std::wstring& path);
+
+bool IsOnShare(const std::wstring& path);
+
+// Whether two paths lie on the same volume: only then a file can be moved from one to the other at a restart.
+bool IsSameVolume(const std::wstring& first, const std::wstring& second);
 
 // Joined with one backslash.
 std::wstring Join(const std::wstring& directory, const std::wstring& name);

@@ -4,7 +4,9 @@
 
 #include "agent/FileFacts.h"
 #include "agent/Text.h"
-#include "frame/UniqueResource.h"
+#include "agent/WholeFile.h"
+
+#include <windows.h>
 
 #include <nlohmann/json.hpp>
 
@@ -19,7 +21,6 @@ using Json = nlohmann::ordered_json;
 
 constexpr int kFormat = 1;
 constexpr std::size_t kDigestLength = 64; // hexadecimal digits
-constexpr std::int64_t kLargestManifest = 1LL << 30;
 
 bool IsDeviceName(std::wstring_view part)
 {
@@ -73,36 +74,6 @@ Json ToJson(const Manifest& manifest)
             {"complete", manifest.complete},
             {"directories", directories},
             {"files", files}};
-}
-
-bool WriteWholeFile(const std::wstring& path, const std::string& text)
-{
-    const UniqueFileHandle file(
-        ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-    DWORD written = 0;
-    return file && ::WriteFile(file.Get(), text.data(), static_cast<DWORD>(text.size()), &written, nullptr) &&
-           written == text.size() && ::FlushFileBuffers(file.Get());
-}
-
-std::optional<std::string> ReadWholeFile(const std::wstring& path)
-{
-    const UniqueFileHandle file(
-        ::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
-    LARGE_INTEGER size = {};
-    if (!file || !::GetFileSizeEx(file.Get(), &size)) {
-        return std::nullopt;
-    }
-    if (size.QuadPart > kLargestManifest) {
-        ::SetLastError(ERROR_FILE_TOO_LARGE);
-        return std::nullopt;
-    }
-    std::string text(static_cast<std::size_t>(size.QuadPart), '\0');
-    DWORD read = 0;
-    if (!::ReadFile(file.Get(), text.data(), static_cast<DWORD>(text.size()), &read, nullptr)) {
-        return std::nullopt;
-    }
-    text.resize(read);
-    return text;
 }
 
 // Throws nlohmann's exceptions for an entry that is not one.

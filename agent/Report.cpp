@@ -35,6 +35,7 @@ struct ValueToText {
     std::wstring operator()(bool flag) const { return flag ? L"yes" : L"no"; }
     std::wstring operator()(const std::wstring& text) const { return text; }
     std::wstring operator()(const std::vector<std::wstring>& /*items*/) const { return {}; }
+    std::wstring operator()(const std::vector<TextObject>& /*items*/) const { return {}; }
 
 private:
     static std::wstring RightAligned(const std::wstring& digits)
@@ -50,6 +51,18 @@ struct ValueToJson {
     Json operator()(bool flag) const { return flag; }
     Json operator()(const std::wstring& text) const { return Utf8(text); }
     Json operator()(const std::vector<std::wstring>& items) const { return ToJson(items); }
+    Json operator()(const std::vector<TextObject>& items) const
+    {
+        Json list = Json::array();
+        for (const TextObject& item : items) {
+            Json object = Json::object();
+            for (const auto& [name, text] : item) {
+                object[name] = Utf8(text);
+            }
+            list.push_back(std::move(object));
+        }
+        return list;
+    }
 };
 
 } // namespace
@@ -109,6 +122,11 @@ void Report::Note(const std::wstring& text)
 void Report::Add(const std::string& list, const std::wstring& item)
 {
     std::get<std::vector<std::wstring>>(Row(list, std::vector<std::wstring>())).push_back(item);
+}
+
+void Report::AddObject(const std::string& list, const TextObject& item)
+{
+    std::get<std::vector<TextObject>>(Row(list, std::vector<TextObject>())).push_back(item);
 }
 
 ExitCode Report::Code() const

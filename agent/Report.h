@@ -20,6 +20,8 @@ enum ExitCode : int {
     kInterrupted = 130,
 };
 
+using TextObject = std::vector<std::pair<std::string, std::wstring>>;
+
 class Report {
 public:
     explicit Report(std::string command) : m_command(std::move(command)) {}
@@ -37,7 +39,9 @@ public:
 
     void Fail(const std::wstring& subject, const std::wstring& reason); // written to standard error at once
     void Note(const std::wstring& text);                                // the same, but no failure
-    void Add(const std::string& list, const std::wstring& item);        // an item of a list in the JSON object
+    // An item of a list in the JSON object: a text, or an object with named texts.
+    void Add(const std::string& list, const std::wstring& item);
+    void AddObject(const std::string& list, const TextObject& item);
     void SetInterrupted() { m_interrupted = true; }
     void SetAtRestart() { m_atRestart = true; }
 
@@ -47,7 +51,8 @@ public:
     int Finish(bool json);
 
 private:
-    using Value = std::variant<std::int64_t, double, bool, std::wstring, std::vector<std::wstring>>;
+    using Value =
+        std::variant<std::int64_t, double, bool, std::wstring, std::vector<std::wstring>, std::vector<TextObject>>;
 
     Value& Row(const std::string& name, Value initial);
     ExitCode Code() const;

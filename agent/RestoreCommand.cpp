@@ -4,14 +4,21 @@
 
 #include "agent/FileFacts.h"
 #include "agent/Interrupt.h"
+#include "agent/LiveProtection.h"
 #include "agent/Manifest.h"
 #include "agent/Output.h"
 #include "agent/Progress.h"
+#include "agent/Replacement.h"
 #include "agent/Report.h"
+#include "agent/RestoreJournal.h"
+#include "agent/RestorePlan.h"
 #include "agent/Stopwatch.h"
 #include "agent/Text.h"
 
 #include <Kestrovane.h>
+
+#include <algorithm>
+#include <optional>
 
 namespace agent {
 
@@ -20,11 +27,7 @@ namespace {
 class Restore {
 public:
     Restore(const RestoreOptions& options, const CommonOptions& common)
-        : m_backup(Absolute(options.backup)),
-          m_mappings(options.mappings),
-          m_overwrite(options.overwrite),
-          m_dryRun(options.dryRun),
-          m_json(common.json)
+        : m_options(options), m_backup(Absolute(options.backup)), m_json(common.json), m_journal(m_backup)
     {
     }
 
@@ -32,7 +35,7 @@ public:
     {
         const Stopwatch watch;
         m_report.Set("backup", m_backup);
-        for (const char* row : {"restored", "mapped", "skipped", "failed", "bytes"}) {
+        for (const char* row : {"restored", "mapped", "replacedAtRestart", "skipped", "failed", "bytes"}) {
             m_report.Set(row, 0);
         }
         std::wstring error;
@@ -48,117 +51,195 @@ public:
 private:
     void RestoreAll(const ReadManifest& loaded)
     {
-        const Manifest& manifest = loaded.manifest;
-        for (const auto& [name, reason] : loaded.refused) {
-            Fail(name, reason);
-        }
-        if (!manifest.complete) {
+        if (!loaded.manifest.complete) {
             m_report.Note(L"the backup is not complete");
         }
-        for (const std::wstring& directory : manifest.directories) {
-            const Place place = FindPlaceOfDirectory(Join(manifest.original, directory), m_mappings);
-            if (!m_dryRun && !IsInterrupted()) {
-                MakeDirectory(place.directory);
+        ReadJournal();
+        const RestorePlan plan = PlanRestore(m_options, m_backup, loaded, m_unfinished, m_report);
+        if (m_options.dryRun) {
+            ShowPlan(plan);
+            return;
+        }
+        BeginJournal();
+        if (m_options.protectLive) {
+            ProtectLiveFiles(plan);
+        }
+        MakeDirectories(plan);
+        RestoreFiles(plan);
+        EndJournal();
+    }
+
+    // An earlier restore that was killed has left its journal: one file may be half-written, and some cache files may wait
+    // for nothing.
+    void ReadJournal()
+    {
+        const auto entry = m_journal.Read();
+        if (!entry) {
+            return;
+        }
+        m_unfinished = entry->target;
+        if (!m_unfinished.empty()) {
+            m_report.Add("unfinished", m_unfinished);
+            m_report.Note(m_unfinished + L" was left unfinished by an earlier restore");
+        }
+        for (const CacheSite& site : entry->sites) {
+            for (const std::wstring& leftover : FindLeftovers(site)) {
+                m_leftovers.push_back(leftover);
             }
         }
-        Progress progress(m_dryRun ? L"Would restore" : L"Restoring", static_cast<std::int64_t>(manifest.files.size()),
-                          m_json);
-        for (const ManifestFile& file : manifest.files) {
+    }
+
+    void BeginJournal()
+    {
+        std::vector<CacheSite> sites;
+        if (m_options.protectLive) {
+            m_protection.emplace();
+            sites.push_back(m_protection->Site());
+        }
+        // What the killed restore left stays named until this one is through.
+        if (!m_journal.Write({m_unfinished, sites})) {
+            m_report.Note(L"no journal can be kept in the backup, so a killed restore would not be noticed: " +
+                          SystemReason(::GetLastError()));
+        }
+        m_replacement.emplace(m_journal, m_options.temporaryCache, std::move(sites));
+    }
+
+    void EndJournal()
+    {
+        DeleteCacheFileList(m_leftovers);
+        if (m_protection) {
+            if (const std::size_t kept = m_protection->DropCopies(); kept > 0) {
+                m_report.Note(std::to_wstring(kept) + L" copies of live files stay in the temporary directory");
+            }
+        }
+        if (m_unfinished.empty()) {
+            m_journal.Remove();
+        } else {
+            m_journal.Write({m_unfinished, {}}); // still half-written
+        }
+    }
+
+    // A file that is replaced at the restart is not overwritten now, so it needs no protection.
+    void ProtectLiveFiles(const RestorePlan& plan)
+    {
+        Progress progress(L"Protecting live files", static_cast<std::int64_t>(plan.steps.size()), m_json);
+        for (const RestoreStep& step : plan.steps) {
+            std::wstring target = step.target;
+            if (!step.replaces || IsInterrupted() || !IsCanReplaceFile(target)) {
+                progress.Advance(0);
+                continue;
+            }
+            if (const std::wstring reason = m_protection->Protect(step.target); !reason.empty()) {
+                m_unprotected.push_back(step.target);
+                Fail(step.target, L"it is left alone, because no copy of it could be kept: " + reason);
+            }
+            progress.Advance(step.file.digest.size);
+        }
+    }
+
+    void MakeDirectories(const RestorePlan& plan)
+    {
+        for (const std::wstring& directory : plan.directories) {
+            if (!IsInterrupted()) {
+                Make(directory);
+            }
+        }
+    }
+
+    void RestoreFiles(const RestorePlan& plan)
+    {
+        Progress progress(L"Restoring", static_cast<std::int64_t>(plan.steps.size()), m_json);
+        for (const RestoreStep& step : plan.steps) {
             if (IsInterrupted()) {
                 m_report.SetInterrupted();
                 return;
             }
-            RestoreFile(manifest.original, file);
-            progress.Advance(file.digest.size);
+            if (std::find(m_unprotected.begin(), m_unprotected.end(), step.target) == m_unprotected.end()) {
+                RestoreFile(step);
+            }
+            progress.Advance(step.file.digest.size);
         }
     }
 
-    void RestoreFile(const std::wstring& original, const ManifestFile& file)
+    void RestoreFile(const RestoreStep& step)
     {
-        const std::wstring path = Join(original, file.name);
-        const std::size_t backslash = path.rfind(L'\\');
-        const std::wstring name = path.substr(backslash + 1);
-        const Place place = FindPlace(path.substr(0, backslash), name, m_mappings);
-        const std::wstring target = Join(place.directory, name);
-        const std::wstring source = Join(m_backup, file.name);
-        if (IsTooLong(source) || IsTooLong(target)) {
-            Fail(target, L"the path, or that of its copy in the backup, has more than 259 characters");
+        if (!BackupIsWhole(step) || !Make(step.directory)) {
             return;
         }
-        if (!MayReplace(target, file)) {
-            m_report.Count("skipped");
+        const ReplacementResult result = m_replacement->Replace(step.source, step.target, step.file);
+        if (result.outcome == ReplacementResult::Outcome::kFailed) {
+            Fail(step.target, result.reason);
+            PutBack(step.target);
             return;
         }
-        if (m_dryRun) {
-            ShowPlan(source, target);
-        } else if (!BackupIsWhole(source, file) || !MakeDirectory(place.directory) || !Copy(source, target, file)) {
-            return;
+        if (result.outcome == ReplacementResult::Outcome::kAtRestart) {
+            m_report.SetAtRestart();
+            m_report.Count("replacedAtRestart");
+            m_report.Add("atRestart", step.target);
+            m_report.Note(step.target + L" is in use and will be replaced at the next restart");
+        } else {
+            m_report.Count("restored");
+        }
+        if (EqualIgnoringCase(step.target, m_unfinished)) {
+            m_unfinished.clear();
         }
         m_report.CountAchieved();
-        m_report.Count("restored");
-        m_report.Count("mapped", place.mapped ? 1 : 0);
-        m_report.Count("bytes", file.digest.size);
+        m_report.Count("mapped", step.mapped ? 1 : 0);
+        m_report.Count("bytes", step.file.digest.size);
     }
 
-    bool MayReplace(const std::wstring& target, const ManifestFile& file) const
+    void PutBack(const std::wstring& target)
     {
-        const auto facts = ReadFacts(target);
-        if (!facts || m_overwrite == Overwrite::kAlways) {
-            return true;
+        if (!m_protection || !m_protection->Holds(target)) {
+            return;
         }
-        return m_overwrite == Overwrite::kIfNewer && file.modified > facts->modified;
+        switch (m_protection->PutBack(target)) {
+        case LiveProtection::Outcome::kNow:
+            m_report.Note(target + L" has its former content again");
+            break;
+        case LiveProtection::Outcome::kAtRestart:
+            m_report.Note(target + L" gets its former content back at the next restart");
+            m_report.SetAtRestart();
+            break;
+        case LiveProtection::Outcome::kFailed:
+            Fail(target, L"its former content could not be put back");
+            break;
+        }
     }
 
-    void ShowPlan(const std::wstring& source, const std::wstring& target)
+    void ShowPlan(const RestorePlan& plan)
     {
-        m_report.Add("plan", source + L" -> " + target);
-        if (!m_json) {
-            WriteResult(source + L" -> " + target + L"\n");
+        for (const RestoreStep& step : plan.steps) {
+            m_report.CountAchieved();
+            m_report.Count("restored");
+            m_report.Count("mapped", step.mapped ? 1 : 0);
+            m_report.Count("bytes", step.file.digest.size);
+            m_report.AddObject("plan", {{"source", step.source}, {"target", step.target}});
+            if (!m_json) {
+                WriteResult(step.source + L" -> " + step.target + L"\n");
+            }
         }
     }
 
     // A damaged copy must not take the place of a live file.
-    bool BackupIsWhole(const std::wstring& source, const ManifestFile& file)
+    bool BackupIsWhole(const RestoreStep& step)
     {
-        const auto digest = DigestFile(source);
+        const auto digest = DigestFile(step.source);
         if (!digest) {
-            Fail(source, SystemReason(::GetLastError()));
-        } else if (*digest != file.digest) {
-            Fail(source, L"the copy in the backup is damaged: it differs from the manifest");
+            Fail(step.source, SystemReason(::GetLastError()));
+        } else if (*digest != step.file.digest) {
+            Fail(step.source, L"the copy in the backup is damaged: it differs from the manifest");
         }
-        return digest && *digest == file.digest;
+        return digest && *digest == step.file.digest;
     }
 
-    bool Copy(const std::wstring& source, const std::wstring& target, const ManifestFile& file)
+    bool Make(const std::wstring& directory)
     {
-        const bool existed = ReadFacts(target).has_value();
-        if (DoCopyComponentFile(source, target) == 0) {
-            const DWORD error = ::GetLastError();
-            // A copy that failed after the target was opened has already cut it.
-            const auto left = ReadFacts(target);
-            const bool touched = left && error != ERROR_SHARING_VIOLATION && error != ERROR_ACCESS_DENIED;
-            Fail(target, SystemReason(error) + (touched ? L"; the file is incomplete" : L""));
-            return false;
+        const auto reason = MakeDirectory(directory);
+        if (reason) {
+            Fail(directory, *reason);
         }
-        // The copy ends with success also when a read error cuts it short.
-        const auto copied = DigestFile(target);
-        if (!copied || *copied != file.digest) {
-            Fail(target, existed ? L"the file was replaced, but it is incomplete" : L"the file is incomplete");
-            return false;
-        }
-        SetModified(target, file.modified);
-        return true;
-    }
-
-    bool MakeDirectory(const std::wstring& directory)
-    {
-        // Its result says only that the path is well formed.
-        RecursivelyCreateDirectory(directory);
-        if (!isDirectoryExists(directory)) {
-            Fail(directory, L"the directory cannot be made: " + SystemReason(::GetLastError()));
-            return false;
-        }
-        return true;
+        return !reason;
     }
 
     void Fail(const std::wstring& subject, const std::wstring& reason)
@@ -167,12 +248,16 @@ private:
         m_report.Fail(subject, reason);
     }
 
+    const RestoreOptions& m_options;
     std::wstring m_backup;
-    Mappings m_mappings;
-    Overwrite m_overwrite;
-    bool m_dryRun;
     bool m_json;
+    RestoreJournal m_journal;
     Report m_report{"restore"};
+    std::wstring m_unfinished;
+    std::vector<std::wstring> m_leftovers;
+    std::vector<std::wstring> m_unprotected;
+    std::optional<LiveProtection> m_protection;
+    std::optional<Replacement> m_replacement;
 };
 
 } // namespace

@@ -1,0 +1,69 @@
+// What a deletion would take with it.
+
+#include "agent/DeletionSurvey.h"
+
+#include "agent/FileFacts.h"
+
+#include <Kestrovane.h>
+
+namespace agent {
+
+namespace {
+
+class Surveyor {
+public:
+    explicit Surveyor(bool followLinks) : m_followLinks(followLinks) {}
+
+    void TakeFiles(const std::wstring& directory, const std::wstring& filter)
+    {
+        for (const std::wstring& file : ListFilesFilter(directory, filter, true)) {
+            const auto facts = ReadFacts(file);
+            m_survey.files.push_back(file);
+            m_survey.bytes += facts ? facts->size : 0;
+            if (facts && (facts->attributes & FILE_ATTRIBUTE_READONLY) != 0) {
+                m_survey.readOnly.push_back(file);
+            }
+        }
+    }
+
+    void TakeTree(const std::wstring& directory, int level)
+    {
+        if (level > kDeepestDeletion) {
+            m_survey.tooDeep = true;
+            return;
+        }
+        ++m_survey.directories;
+        TakeFiles(directory, L"*");
+        for (const std::wstring& subdirectory : ListDirecoriesRecursive(directory)) {
+            const auto facts = ReadFacts(subdirectory);
+            const bool isLink = facts && facts->IsLink();
+            if (isLink) {
+                m_survey.links.push_back(subdirectory);
+            }
+            if ((!isLink || m_followLinks) && !m_survey.tooDeep) {
+                TakeTree(subdirectory, level + 1);
+            }
+        }
+    }
+
+    DeletionSurvey Result() { return std::move(m_survey); }
+
+private:
+    bool m_followLinks;
+    DeletionSurvey m_survey;
+};
+
+} // namespace
+
+DeletionSurvey SurveyDeletion(const std::wstring& directory, const std::wstring& filter, bool followLinks)
+{
+    Surveyor surveyor(followLinks);
+    if (filter.empty()) {
+        surveyor.TakeTree(directory, 1);
+    } else {
+        surveyor.TakeFiles(directory, filter);
+    }
+    return surveyor.Result();
+}
+
+} // namespace agent
