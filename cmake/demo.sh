@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The demonstration: demo.sh AGENT DIR. Backs DIR up, damages the live copy, restores one part in
-# place and the rest through two mappings, and compares every byte with DIR.
+# place and the rest through two mappings while a second process holds two of the files, restarts, and compares every byte
+# with DIR.
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -14,6 +15,18 @@ work=$root/build/demo
 
 agent() {
     "$root/cmake/wine.sh" "$agent" "$@"
+}
+
+# Opens a live file in a second process, which keeps it until the restart.
+hold() {
+    local windows="C:\\Demo\\Live\\${1//\//\\}" ready
+    exec {holder}< <("$root/cmake/wine.sh" "${agent%/*}/kestrovane-holder.exe" "$windows" 2147483648 1 "demo-$1")
+    read -r -t 60 -u "$holder" ready && [[ $ready == ready* ]] || { echo "demo: $windows could not be held" >&2; exit 1; }
+}
+
+restart() {
+    "$root/cmake/wine.sh" stop
+    "$root/cmake/wine.sh" start
 }
 
 say() {
@@ -74,6 +87,14 @@ place_of() {
     fi
 }
 
+# Two files that are restored in place.
+choose_held() {
+    local file
+    while IFS= read -r file; do
+        [[ $(place_of "$file") == "$live"/* ]] && printf '%s\n' "$file"
+    done <"$work/files" | sed -n '1p;3p'
+}
+
 compare() {
     local file place
     in_place=0 mapped=0 different=0 bytes=0
@@ -98,6 +119,7 @@ summary() {
         "left out (no Windows name)" "$(($(wc -l <"$work/all") - $(wc -l <"$work/files")))" \
         "restored in place, identical" "$in_place" \
         "restored elsewhere, identical" "$mapped" \
+        "of these replaced at the restart" "${#held[@]}" \
         "different" "$different" \
         "bytes compared" "$bytes" \
         "seconds" "$SECONDS"
@@ -115,10 +137,26 @@ agent backup 'C:\Demo\Live' 'D:\Demo\Backup'
 say "Deleting, cutting and overwriting the live files"
 damage_live
 
+mapfile -t held < <(choose_held)
+for file in "${held[@]}"; do
+    say "A second process opens C:\\Demo\\Live\\${file//\//\\}"
+    [[ -e $live/$file ]] || echo damaged >"$live/$file"
+    hold "$file"
+done
+
 say "Restoring: '$directory' and all below it to D:\\Demo\\Restored\\tree, *$extension to D:\\Demo\\Restored\\by-name, the rest in place"
-agent restore 'D:\Demo\Backup' \
+code=0
+agent restore 'D:\Demo\Backup' --protect-live \
     --map "C:\\Demo\\Live\\${directory//\//\\}=D:\\Demo\\Restored\\tree;*;recursive" \
-    --map "C:\\Demo\\Live=D:\\Demo\\Restored\\by-name;*$extension;recursive"
+    --map "C:\\Demo\\Live=D:\\Demo\\Restored\\by-name;*$extension;recursive" || code=$?
+[[ $code -eq $((${#held[@]} > 0 ? 4 : 0)) ]] || { echo "demo: the restore ended with $code" >&2; exit 1; }
+
+say "Registered for the next restart"
+agent pending
+
+say "Restarting"
+restart
+agent pending
 
 say "Comparing every byte"
 compare

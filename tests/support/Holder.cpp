@@ -1,4 +1,5 @@
-// Opens a file, says so through an event, and keeps it open until a second event or the end of its patience.
+// Opens a file, says so through an event and on standard output, and keeps it open until a second event or the end of its
+// patience.
 //
 //   kestrovane-holder PATH ACCESS SHARE NAME    the events are NAME-ready and NAME-release
 
@@ -6,6 +7,7 @@
 
 #include <shellapi.h>
 
+#include <cstdio>
 #include <cwchar>
 #include <string>
 
@@ -28,6 +30,8 @@ int main()
         return 1;
     }
     ::SetEvent(ready);
+    std::puts("ready");
+    std::fflush(stdout);
     ::WaitForSingleObject(release, kPatience);
     return 0;
 }
