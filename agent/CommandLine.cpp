@@ -11,6 +11,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <functional>
 #include <map>
 
@@ -62,10 +63,8 @@ public:
 
     int Run(const std::vector<std::wstring>& arguments)
     {
-        std::vector<std::string> reversed; // as CLI11 wants them
-        for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument) {
-            reversed.push_back(Utf8(*argument));
-        }
+        std::vector<std::string> reversed(arguments.size()); // as CLI11 wants them
+        std::transform(arguments.rbegin(), arguments.rend(), reversed.begin(), &Utf8);
         try {
             m_app.parse(reversed);
         } catch (const CLI::Success& help) {

@@ -29,7 +29,7 @@ std::wstring FormatArgument(const std::string& conversion, va_list& arguments)
     case 's':
         return Wide(va_arg(arguments, const char*));
     default: // numbers of 32 bits: %d, %u, %08lx
-        std::snprintf(number, kLongestNumber, conversion.c_str(), va_arg(arguments, int));
+        static_cast<void>(std::snprintf(number, kLongestNumber, conversion.c_str(), va_arg(arguments, int)));
         return Wide(number);
     }
 }

@@ -28,7 +28,7 @@ LiveProtection::LiveProtection()
 std::wstring LiveProtection::Protect(const std::wstring& liveFile)
 {
     if (!CreateCacheFileList({liveFile}, L'\0', kPrefix, true, m_copies, true)) {
-        const std::wstring reason = SystemReason(::GetLastError());
+        std::wstring reason = SystemReason(::GetLastError());
         DropLeftover();
         return reason;
     }

@@ -125,7 +125,7 @@ std::optional<std::wstring> RefuseName(const std::wstring& name)
     std::size_t start = 0;
     while (start <= name.size()) {
         const std::size_t end = std::min(name.find(L'\\', start), name.size());
-        if (const auto reason = RefusePart(std::wstring_view(name).substr(start, end - start))) {
+        if (auto reason = RefusePart(std::wstring_view(name).substr(start, end - start))) {
             return reason;
         }
         start = end + 1;

@@ -12,7 +12,7 @@ namespace {
 
 constexpr ULONGLONG kRedrawInterval = 100; // milliseconds
 constexpr std::int64_t kBarWidth = 30;     // characters
-constexpr std::int64_t kMebibyte = 1024 * 1024;
+constexpr std::int64_t kMebibyte = 1LL << 20U;
 
 } // namespace
 

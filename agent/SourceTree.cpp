@@ -5,6 +5,7 @@
 #include "agent/FileFacts.h"
 #include "agent/Interrupt.h"
 #include "agent/Text.h"
+#include "frame/UniqueResource.h"
 
 #include <Kestrovane.h>
 
@@ -16,7 +17,7 @@ namespace {
 
 class Reader {
 public:
-    Reader(const std::wstring& root, const std::wstring& filter) : m_root(root), m_filter(filter) {}
+    Reader(std::wstring root, std::wstring filter) : m_root(std::move(root)), m_filter(std::move(filter)) {}
 
     SourceTree Read()
     {
@@ -65,8 +66,8 @@ private:
             return false;
         }
         WIN32_FIND_DATAW entry = {};
-        const HANDLE search = ::FindFirstFileW(Join(directory, L"*").c_str(), &entry);
-        if (search == INVALID_HANDLE_VALUE) {
+        const UniqueFindHandle search(::FindFirstFileW(Join(directory, L"*").c_str(), &entry));
+        if (!search) {
             const DWORD error = ::GetLastError();
             if (error == ERROR_FILE_NOT_FOUND) {
                 return true; // an empty root has no entries at all
@@ -74,7 +75,6 @@ private:
             m_tree.failures.emplace_back(directory, SystemReason(error));
             return false;
         }
-        ::FindClose(search);
         return true;
     }
 
