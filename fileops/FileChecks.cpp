@@ -9,6 +9,8 @@
 #include <fcntl.h>
 #include <io.h>
 
+#include <cerrno>
+
 namespace quorvantavss {
 
 FileProbe CVssFileManager::ProbeFile(const std::wstring& path)
@@ -26,7 +28,9 @@ FileProbe CVssFileManager::ProbeFile(const std::wstring& path)
     if (opened) {
         return FileProbe::kReadable;
     }
-    return ::GetLastError() == ERROR_SHARING_VIOLATION ? FileProbe::kHeld : FileProbe::kNotReadable;
+    // An open that failed before it came to Windows (no descriptor left, for one) has an older last error.
+    const bool held = errno == EACCES && ::GetLastError() == ERROR_SHARING_VIOLATION;
+    return held ? FileProbe::kHeld : FileProbe::kNotReadable;
 }
 
 bool CVssFileManager::isFileExists(const std::wstring& path)
