@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <ctime>
 #include <deque>
-#include <initializer_list>
+#include <vector>
 
 // Stands in for the runtime's clock in one module; one at a time.
 class SimulatedClock {
@@ -19,7 +19,7 @@ public:
     }
 
     // What the next readings show, in order; the last one stays.
-    void Show(std::initializer_list<std::uint32_t> ticks) { s_readings = ticks; }
+    void Show(const std::vector<std::uint32_t>& ticks) { s_readings.assign(ticks.begin(), ticks.end()); }
 
     static int Reads() { return s_reads; } // since this clock was put in place
 

@@ -18,6 +18,7 @@ public:
     {
         Throw(0, 0);
         SetVssFileManagerLogger(&Log, &KeepAlive, &Log);
+        Throw(0, 0); // the line of the registration does not count
     }
     ~ThrowingHost() { Throw(0, 0); }
     ThrowingHost(const ThrowingHost&) = delete;
