@@ -87,7 +87,7 @@ bool CVssFileManager::ScanDirectory(const std::wstring& filter, const std::wstri
             LogFile(files.back());
         }
     } while (search.Next());
-    std::stable_sort(files.begin(), files.end());
+    std::sort(files.begin(), files.end());
     return true;
 }
 
