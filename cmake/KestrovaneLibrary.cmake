@@ -15,6 +15,7 @@ add_library(kestrovane_objects OBJECT
     paths/PathSplit.cpp
     paths/PathValidation.cpp
     paths/StringHelpers.cpp
+    paths/StringMaps.cpp
     fileops/DirectoryChecks.cpp
     fileops/DirectoryCreation.cpp
     fileops/FileChecks.cpp

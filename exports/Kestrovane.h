@@ -31,6 +31,8 @@
 ///   for. They take relative paths from the current directory, and lose the middle of ..\..\a\f.txt.
 /// - WStringAfterWCHAR and WStringBeforeWCHAR give the whole text when the character does not occur.
 /// - FindMatchStringInList is true for every text when the list holds an empty element.
+/// - FindStringKeyInMap gives the stored value, not its key. FindStringValueInMap and FindStringKeyInMap give "NA"
+///   for a missing entry, as for one that holds the text NA.
 /// - MapRestorePath neither adds nor removes a backslash between the alternate location and the rest: with a
 ///   mapping path that ends with a backslash it runs two names together. MapRestorePath1 does not. The first
 ///   mapping that covers a file decides, not the best one.
@@ -168,6 +170,32 @@ KESTROVANE_API std::wstring WString2UpperCase(const std::wstring& text);
 ///
 /// Throws CAtlException (0x8007000E) when no string can be allocated; `text` is then as it was.
 KESTROVANE_API void DoExpandEnvironmentStrings(CComBSTR& text);
+
+// ---------------------------------------------------------------------------------------------------------
+// String maps and printing
+// ---------------------------------------------------------------------------------------------------------
+//
+// Aids for the host's own diagnosis; the library does not call them. Every line is logged at level 0. Case is as under
+// "Strings and lists". The lookups copy the map and log each entry that they visit: they are meant for small maps.
+
+/// Logs a heading, the title between two lines of hyphens, and then the elements of `list`, one a line.
+KESTROVANE_API void PrintStringVector(std::string title, std::vector<std::wstring> list);
+
+/// Logs a heading like PrintStringVector's, and then the keys and values of `map` in the order of the keys.
+KESTROVANE_API void PrintStringMap(std::string title, std::map<std::wstring, std::wstring> map);
+
+/// The value of the first entry, in the order of the keys, whose key equals `key` without regard to case.
+///
+/// @return "NA" when there is none, which an entry with that value looks like.
+/// Logs the key, the entries visited and the match.
+KESTROVANE_API std::wstring FindStringValueInMap(std::wstring key, std::map<std::wstring, std::wstring> map);
+
+/// How `value` is spelled in `map`: the first value, in the order of the keys, that equals it without regard to case.
+/// In spite of the name, the answer is never a key.
+///
+/// @return "NA" when there is none, which a value of that text looks like.
+/// Logs the value, the entries visited and the match.
+KESTROVANE_API std::wstring FindStringKeyInMap(std::wstring value, std::map<std::wstring, std::wstring> map);
 
 // ---------------------------------------------------------------------------------------------------------
 // Checks and creation
