@@ -23,6 +23,7 @@ add_library(kestrovane_objects OBJECT
     fileops/FileDeletion.cpp
     fileops/Listing.cpp
     fileops/TreeDeletion.cpp
+    volumes/VolumeNames.cpp
     restore/FileDesc.cpp
     restore/RestorePathMapping.cpp
     cache/CacheFile.cpp

@@ -27,6 +27,10 @@
 /// - DeleteDirectoryRecursive gives 0 without a log line when the directory cannot be searched or, once empty, not be
 ///   removed. What it has deleted until then is gone.
 /// - CleanupDirectory ends the process for a path of more than 260 characters.
+/// - GetUniqueVolumeNameForPath gives 260 NUL characters for an empty path, the path of a share, which has no volume
+///   name, and an empty text for a path without a volume. GetNQUniqueVolumeNameForPath repeats a part of the text when
+///   the first dot stands behind the server's name.
+/// - GetDisplayNameForVolumeNoThrow is true with an empty text for a volume without a mount path.
 /// - The path functions give an empty text for a refused path and for a path without the part that was asked
 ///   for. They take relative paths from the current directory, and lose the middle of ..\..\a\f.txt.
 /// - WStringAfterWCHAR and WStringBeforeWCHAR give the whole text when the character does not occur.
@@ -341,6 +345,49 @@ KESTROVANE_API int DoCopyComponentFileToDir(const std::wstring& source, const st
 
 /// Copies `source` to the file `target`. Result and hazards are those of DoCopyComponentFileToDir.
 KESTROVANE_API int DoCopyComponentFile(const std::wstring& source, const std::wstring& target);
+
+// ---------------------------------------------------------------------------------------------------------
+// Volumes
+// ---------------------------------------------------------------------------------------------------------
+//
+// A volume path is the drive or folder under which a volume is mounted, or a share, always with its trailing backslash
+// (C:\, C:\mount\data\, \\server\share\). A volume name has the form \\?\Volume{GUID}\. Paths are taken with or without a
+// trailing backslash, need not exist below their volume, and are relative to the current directory where they have no
+// drive. Nothing is logged; the last error after a failure is that of the call that failed.
+
+/// Whether `path` is itself a volume path, or a volume name where Windows takes it for one.
+///
+/// @return false for a folder that no volume is mounted in, a share, a path that Windows cannot look up, and, without
+///         a message, the empty path.
+/// A false answer is printed: "GetVolumeNameForVolumeMountPoint(%S) failed with %d\n" goes to standard output with the
+/// path, its trailing backslash included, and the last error.
+KESTROVANE_API bool IsVolume(std::wstring path);
+
+/// The unique name of the volume that holds `path`.
+///
+/// @return Less when Windows cannot tell it: the first name found for the volume; the volume path, which is always the
+///         answer for a share; the empty text when there is no volume path either. For an empty path, 260 characters
+///         that are all NUL: size() is 260, and the text ends at once.
+KESTROVANE_API std::wstring GetUniqueVolumeNameForPath(std::wstring path);
+
+/// The unique name of the volume that holds `path`, or nothing.
+///
+/// @param uniqueName  Written on success only.
+/// @return false for an empty path, a share, and whenever a look-up fails.
+KESTROVANE_API bool GetUniqueVolumeNameForPathNoThrow(std::wstring path, std::wstring& uniqueName);
+
+/// GetUniqueVolumeNameForPath with the domain cut from a server's name: \\server\share\ of \\server.domain\share\f.
+///
+/// Hazard: a first dot behind the server's name cuts there, and everything from the server's end on follows once more:
+/// \\server\share.1\ gives \\server\share\share.1\.
+KESTROVANE_API std::wstring GetNQUniqueVolumeNameForPath(std::wstring path);
+
+/// The first path in Windows' list of those under which a volume is mounted, for showing it to people.
+///
+/// @param volumeName   Used as it is given; Windows wants the trailing backslash.
+/// @param displayName  Written on success only; empty for a volume that is not mounted anywhere.
+/// @return false when Windows gives no list.
+KESTROVANE_API bool GetDisplayNameForVolumeNoThrow(std::wstring volumeName, std::wstring& displayName);
 
 // ---------------------------------------------------------------------------------------------------------
 // Restore mapping

@@ -1,0 +1,58 @@
+// A simulated machine with other volumes than this one: the library's volume look-ups are answered from a table.
+//
+// What it shows is how the library takes Windows' answers, not that Windows gives them.
+
+#pragma once
+
+#include "tests/support/FileTools.h"
+#include "tests/support/ImportPatch.h"
+
+#include <string>
+#include <vector>
+
+struct SimulatedVolume {
+    std::wstring name;       // as a look-up of a mount path gives it
+    StringList mountPaths;   // in Windows' order, with trailing backslashes
+    std::wstring uniqueName; // as a look-up of the name gives it; empty: the name itself
+};
+
+// Answers the library's look-ups for its lifetime; inside the scope of another one, it stands in for that. Shares are
+// known whatever their server.
+class SimulatedVolumes {
+public:
+    explicit SimulatedVolumes(std::vector<SimulatedVolume> volumes);
+    ~SimulatedVolumes();
+    SimulatedVolumes(const SimulatedVolumes&) = delete;
+    SimulatedVolumes& operator=(const SimulatedVolumes&) = delete;
+
+    // Lets the `call`-th call of a function fail, counted from 1. A failing call writes nothing.
+    void Fail(const std::wstring& function, int call, DWORD error);
+    // Lets it throw a C++ exception.
+    void Throw(const std::wstring& function, int call);
+
+    // What was asked, in order: L"GetVolumePathNameW(C:\\dir\\, 260)", capacities included.
+    const StringList& Calls() const { return m_calls; }
+
+    // For the replaced functions.
+    BOOL VolumePath(const wchar_t* path, wchar_t* buffer, DWORD capacity);
+    BOOL VolumeName(const wchar_t* mountPoint, wchar_t* buffer, DWORD capacity);
+    BOOL MountPaths(const wchar_t* name, wchar_t* buffer, DWORD capacity, DWORD* needed);
+
+private:
+    struct Fault {
+        std::wstring function;
+        int call;
+        DWORD error;
+        bool throws;
+    };
+
+    bool Fails(const std::wstring& function, const std::wstring& arguments);
+
+    SimulatedVolumes* m_outer;
+    std::vector<SimulatedVolume> m_volumes;
+    std::vector<Fault> m_faults;
+    StringList m_calls;
+    ImportPatch m_volumePath;
+    ImportPatch m_volumeName;
+    ImportPatch m_mountPaths;
+};
