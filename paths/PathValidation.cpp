@@ -6,6 +6,7 @@
 #include "paths/PathSplit.h"
 
 #include <algorithm>
+#include <cwchar>
 #include <string_view>
 
 namespace {
@@ -16,6 +17,13 @@ constexpr std::wstring_view kSharePrefix = LR"(\\)"; // the extended-length pref
 void UseBackslashes(std::wstring& path)
 {
     std::replace(path.begin(), path.end(), L'/', L'\\');
+}
+
+// Windows reads a path up to a terminator inside it. With more behind one, a listing would find the directory in its
+// own place again and again.
+void EndAtTerminator(std::wstring& path)
+{
+    path.resize(std::wcslen(path.c_str()));
 }
 
 // A directory of two characters has no prefix, not even if it is one.
@@ -83,6 +91,7 @@ bool CVssFileManager::ValidatePath(std::wstring& path)
 
 bool CVssFileManager::NormalizeDirectoryPath(std::wstring& path)
 {
+    EndAtTerminator(path);
     UseBackslashes(path);
     if (!path.empty() && path.back() != L'\\') {
         path += L'\\';
