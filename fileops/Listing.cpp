@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cwchar>
+#include <utility>
 
 namespace {
 
@@ -41,6 +42,26 @@ std::wstring WidenedFilter(const std::wstring& filter)
 } // namespace
 
 namespace quorvantavss {
+
+// A directory whose entries are gone through one after the other.
+class SearchedDirectory {
+public:
+    // `base` ends with a backslash; `search` stands on its first entry.
+    SearchedDirectory(std::wstring base, DirectorySearch search) : m_base(std::move(base)), m_search(std::move(search))
+    {
+    }
+
+    // Goes to the next entry, at first to the first one; false when there is none.
+    bool Advance() noexcept { return std::exchange(m_isFresh, false) || m_search.Next(); }
+
+    bool IsSubdirectory() const noexcept { return m_search.IsSubdirectory(); }
+    std::wstring Path() const { return m_base + m_search.Name(); } // of the entry
+
+private:
+    std::wstring m_base;
+    DirectorySearch m_search;
+    bool m_isFresh = true;
+};
 
 void CVssFileManager::TickKeepAlive()
 {
@@ -91,29 +112,52 @@ bool CVssFileManager::ScanDirectory(const std::wstring& filter, const std::wstri
     return true;
 }
 
-bool CVssFileManager::WalkDirectories(const std::wstring& directory, std::vector<std::wstring>& directories)
+// Nothing when the directory is refused or cannot be searched.
+std::optional<SearchedDirectory> CVssFileManager::SearchSubdirectories(const std::wstring& directory)
 {
     ClearErrorText();
     std::wstring base = directory;
     if (!NormalizeDirectoryPath(base)) {
-        return false;
+        return std::nullopt;
     }
     const std::wstring pattern = base + L"*.*";
     TickKeepAlive();
     DirectorySearch search(pattern);
     if (!search) {
         RecordErrno(pattern);
+        return std::nullopt;
+    }
+    return SearchedDirectory(std::move(base), std::move(search));
+}
+
+// The levels of the tree stand in a list of their own: long paths can be deeper than the stack.
+bool CVssFileManager::WalkDirectories(const std::wstring& directory, std::vector<std::wstring>& directories)
+{
+    std::vector<SearchedDirectory> levels;
+    const auto enter = [&](const std::wstring& path) {
+        std::optional<SearchedDirectory> level = SearchSubdirectories(path);
+        if (level) {
+            levels.push_back(*std::move(level));
+        }
+        return level.has_value();
+    };
+    if (!enter(directory)) {
         return false;
     }
-    do {
+    while (!levels.empty()) {
+        if (!levels.back().Advance()) {
+            levels.pop_back();
+            continue;
+        }
         TickKeepAlive();
-        if (search.IsSubdirectory()) {
-            directories.push_back(base + search.Name() + L'\\');
-            if (!WalkDirectories(base + search.Name(), directories)) {
+        if (levels.back().IsSubdirectory()) {
+            const std::wstring path = levels.back().Path();
+            directories.push_back(path + L'\\');
+            if (!enter(path)) {
                 return false;
             }
         }
-    } while (search.Next());
+    }
     return true;
 }
 
@@ -172,25 +216,14 @@ std::vector<std::wstring> CVssFileManager::ListTree(const std::wstring& director
 
 std::vector<std::wstring> CVssFileManager::ListDirectories(const std::wstring& directory)
 {
-    ClearErrorText();
     std::vector<std::wstring> directories;
-    std::wstring base = directory;
-    if (!NormalizeDirectoryPath(base)) {
-        return directories;
-    }
-    const std::wstring pattern = base + L"*.*";
-    TickKeepAlive();
-    DirectorySearch search(pattern);
-    if (!search) {
-        RecordErrno(pattern);
-        return directories;
-    }
-    do {
+    std::optional<SearchedDirectory> searched = SearchSubdirectories(directory);
+    while (searched && searched->Advance()) {
         TickKeepAlive();
-        if (search.IsSubdirectory()) {
-            directories.push_back(base + search.Name());
+        if (searched->IsSubdirectory()) {
+            directories.push_back(searched->Path());
         }
-    } while (search.Next());
+    }
     return directories;
 }
 

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <ctime>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,8 @@ enum class FileProbe {
     kHeld,       // it is there, but another handle excludes readers
     kNotReadable // refused path, missing, a directory, access denied
 };
+
+class SearchedDirectory; // fileops/Listing.cpp
 
 class CVssFileManager {
 public:
@@ -78,6 +81,7 @@ private:
     std::wstring TextBeforeLast(wchar_t mark, std::wstring path);
     void TickKeepAlive();
     void LogFile(const std::wstring& file);
+    std::optional<SearchedDirectory> SearchSubdirectories(const std::wstring& directory);
     bool ListTreeInto(const std::wstring& filter, const std::wstring& directory, std::vector<std::wstring>& files);
     bool AppendScan(const std::wstring& filter, const std::wstring& directory, std::vector<std::wstring>& files);
     bool CopyInto(const std::wstring& source, const std::wstring& directory, const std::wstring* name);
