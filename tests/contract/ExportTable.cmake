@@ -1,0 +1,23 @@
+# What the DLL must export: the checked-in names, and the number of functions in the public header.
+
+set(public_header ${PROJECT_SOURCE_DIR}/exports/Kestrovane.h)
+file(STRINGS ${public_header} declarations REGEX "^KESTROVANE_API ")
+list(LENGTH declarations declared_functions)
+set(exports_file ${CMAKE_CURRENT_LIST_DIR}/exports.txt)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${exports_file} ${public_header})
+file(STRINGS ${exports_file} exported_names)
+list(TRANSFORM exported_names REPLACE "(.+)" "    \"\\1\",")
+list(JOIN exported_names "\n" exported_names)
+file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/include/tests/contract/ExportedNames.h CONTENT
+"// Made from tests/contract/exports.txt and the public header.
+
+#pragma once
+
+#include <cstddef>
+
+constexpr std::size_t kDeclaredFunctions = @declared_functions@; // in the public header
+
+constexpr const char* kExportedNames[] = {
+@exported_names@
+};
+" @ONLY)
