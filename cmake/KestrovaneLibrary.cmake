@@ -23,7 +23,10 @@ add_library(kestrovane_objects OBJECT
     fileops/FileDeletion.cpp
     fileops/Listing.cpp
     fileops/TreeDeletion.cpp
+    volumes/HardDiskManager.cpp
+    volumes/VolumeEnumeration.cpp
     volumes/VolumeNames.cpp
+    volumes/VolumeSpace.cpp
     restore/FileDesc.cpp
     restore/RestorePathMapping.cpp
     cache/CacheFile.cpp

@@ -31,6 +31,9 @@
 ///   name, and an empty text for a path without a volume. GetNQUniqueVolumeNameForPath repeats a part of the text when
 ///   the first dot stands behind the server's name.
 /// - GetDisplayNameForVolumeNoThrow is true with an empty text for a volume without a mount path.
+/// - EnumVolumes gives an empty or partial list when it fails. Nothing tells it from a complete one.
+/// - GetAvailableVolumeSpace and GetTotalVolumeSpace give 0.0 when the query fails, as for a full volume.
+///   GetVolumeMaxFreeSpace gives an empty text when no volume has room and when none could be asked.
 /// - The path functions give an empty text for a refused path and for a path without the part that was asked
 ///   for. They take relative paths from the current directory, and lose the middle of ..\..\a\f.txt.
 /// - WStringAfterWCHAR and WStringBeforeWCHAR give the whole text when the character does not occur.
@@ -388,6 +391,37 @@ KESTROVANE_API std::wstring GetNQUniqueVolumeNameForPath(std::wstring path);
 /// @param displayName  Written on success only; empty for a volume that is not mounted anywhere.
 /// @return false when Windows gives no list.
 KESTROVANE_API bool GetDisplayNameForVolumeNoThrow(std::wstring volumeName, std::wstring& displayName);
+
+/// The volume paths of all volumes, in Windows' order: volume by volume, and all paths of one volume together. A path
+/// that occurs more than once, case apart, is listed where it came first. Volumes that are not mounted are left out.
+///
+/// @return The paths found before a failure; empty when the search cannot be opened. A volume whose paths cannot be
+///         read is left out.
+/// Throws and logs nothing.
+KESTROVANE_API std::vector<std::wstring> EnumVolumes();
+
+// ---------------------------------------------------------------------------------------------------------
+// Volume space
+// ---------------------------------------------------------------------------------------------------------
+//
+// Space comes in decimal gigabytes (10^9 bytes): 1,500,000,000 bytes give 1.5. Counts are taken as signed 64-bit
+// numbers. These functions throw and log nothing. Queries share one set of numbers inside the library: two threads at
+// once can read each other's.
+
+/// The volume path from EnumVolumes with the most free space for the calling user, the first of equals.
+///
+/// @return Empty when no volume has free space, and when none could be listed or asked.
+KESTROVANE_API std::wstring GetVolumeMaxFreeSpace();
+
+/// Free space for the calling user, after quotas, on the volume that holds `path`.
+///
+/// @param path  A directory on the volume; a share needs its trailing backslash.
+/// @return 0.0 when the query fails, which a caller cannot tell from a full volume; the last error is that of the query.
+KESTROVANE_API double GetAvailableVolumeSpace(const std::wstring& path);
+
+/// Size of the volume that holds `path`, as far as the calling user may use it. Argument and failure are those of
+/// GetAvailableVolumeSpace.
+KESTROVANE_API double GetTotalVolumeSpace(const std::wstring& path);
 
 // ---------------------------------------------------------------------------------------------------------
 // Restore mapping

@@ -4,6 +4,8 @@
 
 #include "frame/FileManager.h"
 #include "frame/ModuleState.h"
+#include "volumes/HardDiskManager.h"
 
 std::clock_t g_keepAliveStamp = std::clock(); // NOLINT(cert-err58-cpp): clock throws nothing
 quorvantavss::CVssFileManager g_fileManager;
+quorvantavss::CHardDiskManager g_hardDiskManager;
