@@ -24,6 +24,7 @@ add_library(kestrovane_objects OBJECT
     fileops/Listing.cpp
     fileops/TreeDeletion.cpp
     volumes/HardDiskManager.cpp
+    volumes/SnapshotPaths.cpp
     volumes/VolumeEnumeration.cpp
     volumes/VolumeNames.cpp
     volumes/VolumeSpace.cpp

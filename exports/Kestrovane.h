@@ -34,6 +34,8 @@
 /// - EnumVolumes gives an empty or partial list when it fails. Nothing tells it from a complete one.
 /// - GetAvailableVolumeSpace and GetTotalVolumeSpace give 0.0 when the query fails, as for a full volume.
 ///   GetVolumeMaxFreeSpace gives an empty text when no volume has room and when none could be asked.
+/// - BuildSnapshotFilePath is true always. For a volume that is missing from its map it gives the path below the
+///   volume alone, which is no path into a snapshot, and adds an empty entry to the map. Look into the map beforehand.
 /// - The path functions give an empty text for a refused path and for a path without the part that was asked
 ///   for. They take relative paths from the current directory, and lose the middle of ..\..\a\f.txt.
 /// - WStringAfterWCHAR and WStringBeforeWCHAR give the whole text when the character does not occur.
@@ -422,6 +424,28 @@ KESTROVANE_API double GetAvailableVolumeSpace(const std::wstring& path);
 /// Size of the volume that holds `path`, as far as the calling user may use it. Argument and failure are those of
 /// GetAvailableVolumeSpace.
 KESTROVANE_API double GetTotalVolumeSpace(const std::wstring& path);
+
+// ---------------------------------------------------------------------------------------------------------
+// Snapshot paths
+// ---------------------------------------------------------------------------------------------------------
+
+/// Appends the path of a live file inside the snapshot of its volume to `result`.
+///
+/// That is the snapshot's prefix from the map, followed by what `path` has below its volume, with the backslash in
+/// front: with a prefix of D, C:\data\f.txt becomes D\data\f.txt, and C: becomes D.
+///
+/// @param path       A full path on a volume (by drive or mount folder) or on a share; null counts as empty. Hazard: a
+///                   mount folder or share itself needs its trailing backslash. Without it, the mount folder is taken
+///                   for a folder of its drive, and the share for a path without a volume.
+/// @param result     Appended to, never cleared: pass an empty one.
+/// @param snapshots  The prefixes, without trailing backslash. Keys are volume names (\\?\Volume{GUID}\) and, for shares,
+///                   volume paths (\\server\share\), both as Windows spells them; case counts. Where a key is missing,
+///                   the prefix is empty and the key is added with an empty value. A path without a volume has the
+///                   empty key and is appended whole.
+/// @return true, whether or not there is such a snapshot.
+/// Logs nothing. Throws only CAtlException (0x8007000E); nothing is appended then, but the key may have been added.
+KESTROVANE_API bool BuildSnapshotFilePath(const wchar_t* path, CComBSTR& result,
+                                          std::map<std::wstring, std::wstring>& snapshots);
 
 // ---------------------------------------------------------------------------------------------------------
 // Restore mapping
