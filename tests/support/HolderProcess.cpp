@@ -54,3 +54,23 @@ HolderProcess::~HolderProcess()
     }
     ::CloseHandle(m_release);
 }
+
+DWORD RunHelper(const std::wstring& name, const std::vector<std::wstring>& arguments)
+{
+    std::wstring command = L"\"" + ProgramBesideThis(name) + L"\"";
+    for (const std::wstring& argument : arguments) {
+        command += L" \"" + argument + L"\"";
+    }
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof(startup);
+    PROCESS_INFORMATION process = {};
+    EXPECT_TRUE(
+        ::CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
+        << "error " << ::GetLastError();
+    EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(process.hProcess, kPatience));
+    DWORD exitCode = 0;
+    ::GetExitCodeProcess(process.hProcess, &exitCode);
+    ::CloseHandle(process.hProcess);
+    ::CloseHandle(process.hThread);
+    return exitCode;
+}

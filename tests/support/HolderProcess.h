@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <string>
+#include <vector>
 
 // Holds the file from the constructor's return to the destructor, with the given access and share mode.
 class HolderProcess {
@@ -18,3 +19,6 @@ private:
     PROCESS_INFORMATION m_process = {};
     HANDLE m_release = nullptr;
 };
+
+// Runs a program of the test bench that lies beside this one, and gives its whole exit code.
+DWORD RunHelper(const std::wstring& name, const std::vector<std::wstring>& arguments);

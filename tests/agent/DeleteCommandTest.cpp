@@ -1,0 +1,112 @@
+// The agent's delete and pending commands.
+
+#include "tests/support/AgentTest.h"
+#include "tests/support/PendingList.h"
+
+using DeleteCommandTest = AgentTest;
+
+class PendingCommandTest : public AgentTest {
+protected:
+    PendingList pending;
+};
+
+TEST_F(DeleteCommandTest, WithoutYesShowsWhatWouldGoAndChangesNothing)
+{
+    MakeLiveTree();
+    const auto report = RunForJson({L"delete", live.Path(L"sub")}, 0);
+    EXPECT_EQ(2, report["files"]);
+    EXPECT_EQ(2, report["directories"]);
+    EXPECT_EQ(108193, report["bytes"]);
+    EXPECT_EQ(0, report["deleted"]);
+    EXPECT_TRUE(PathExists(live.Path(LR"(sub\deeper\c.txt)")));
+}
+
+TEST_F(DeleteCommandTest, DeletesATree)
+{
+    MakeLiveTree();
+    const auto report = RunForJson({L"delete", live.Path(L"sub"), L"--yes"}, 0);
+    EXPECT_EQ(2, report["deleted"]);
+    EXPECT_FALSE(PathExists(live.Path(L"sub")));
+    EXPECT_TRUE(PathExists(live.Path(L"a.txt")));
+}
+
+TEST_F(DeleteCommandTest, WithAFilterDeletesFilesOfTheDirectoryAlone)
+{
+    live.Files({L"a.log", L"b.txt", LR"(sub\c.log)"});
+    RunForJson({L"delete", live.Root(), L"--filter", L"*.log", L"--yes"}, 0);
+    EXPECT_FALSE(PathExists(live.Path(L"a.log")));
+    EXPECT_TRUE(PathExists(live.Path(L"b.txt")));
+    EXPECT_TRUE(PathExists(live.Path(LR"(sub\c.log)")));
+}
+
+TEST_F(DeleteCommandTest, RefusesRootsTheWindowsDirectoryAndAnEmptyPath)
+{
+    for (const wchar_t* path : {L"", L"C:\\", L"C:", L"D:\\", L"C:\\windows", L"C:\\WINDOWS\\system32", L"\\",
+                                LR"(\\alpha\data)", LR"(\\alpha\data\)"}) {
+        const auto report = RunForJson({L"delete", path, L"--yes"}, 1);
+        EXPECT_EQ(1U, report["failures"].size()) << Utf8(path);
+    }
+    EXPECT_TRUE(PathExists(L"C:\\windows\\system32\\kernel32.dll"));
+}
+
+TEST_F(DeleteCommandTest, RefusesADirectoryThatIsTooLong)
+{
+    const std::wstring deep = live.Root() + L"\\" + std::wstring(120, L'a') + L"\\" + std::wstring(120, L'b');
+    const auto report = RunForJson({L"delete", deep, L"--yes"}, 1);
+    EXPECT_NE(std::string::npos, report["failures"][0]["reason"].get<std::string>().find("257"));
+}
+
+TEST_F(DeleteCommandTest, StopsAtAReadOnlyFileUnlessToldToClearIt)
+{
+    const std::wstring file = live.File(LR"(sub\a.txt)");
+    ::SetFileAttributesW(file.c_str(), FILE_ATTRIBUTE_READONLY);
+    const auto stopped = RunForJson({L"delete", live.Path(L"sub"), L"--yes"}, 1);
+    EXPECT_NE(std::string::npos, stopped["failures"][0]["reason"].get<std::string>().find("(error 5)"));
+    EXPECT_EQ(Utf8(file), stopped["left"][0]);
+    RunForJson({L"delete", live.Path(L"sub"), L"--yes", L"--clear-readonly"}, 0);
+    EXPECT_FALSE(PathExists(live.Path(L"sub")));
+}
+
+TEST_F(DeleteCommandTest, AHeldFileIsDoneInPart)
+{
+    live.Files({LR"(sub\a)", LR"(sub\b)"});
+    const HeldFile held(live.Path(LR"(sub\b)"), GENERIC_READ, FILE_SHARE_READ);
+    const auto report = RunForJson({L"delete", live.Path(L"sub"), L"--yes"}, 3);
+    EXPECT_EQ(1, report["deleted"]);
+    EXPECT_EQ(1U, report["left"].size());
+}
+
+TEST_F(PendingCommandTest, OfAnEmptyListIsEmpty)
+{
+    EXPECT_EQ(0, RunForJson({L"pending"}, 0)["count"]);
+}
+
+TEST_F(PendingCommandTest, ReadsEveryFormThatWindowsWrites)
+{
+    pending.Write({{LR"(\??\C:\a)", LR"(!\??\C:\b)"},
+                   {LR"(\??\C:\c)", LR"(\??\C:\d)"},
+                   {LR"(\??\C:\e)", L""},
+                   {LR"(*1\??\C:\f)", L""},
+                   {LR"(*12\??\C:\g)", LR"(*12!\??\C:\h)"},
+                   {LR"(\??\UNC\server\share\i)", LR"(!\??\UNC\server\share\j)"}});
+    const auto list = RunForJson({L"pending"}, 0)["pending"];
+    const nlohmann::json expected = {
+        {{"operation", "move"}, {"source", "C:\\a"}, {"target", "C:\\b"}, {"replaces", true}},
+        {{"operation", "move"}, {"source", "C:\\c"}, {"target", "C:\\d"}, {"replaces", false}},
+        {{"operation", "delete"}, {"source", "C:\\e"}, {"target", ""}, {"replaces", false}},
+        {{"operation", "delete"}, {"source", "C:\\f"}, {"target", ""}, {"replaces", false}},
+        {{"operation", "move"}, {"source", "C:\\g"}, {"target", "C:\\h"}, {"replaces", true}},
+        {{"operation", "move"},
+         {"source", "\\\\server\\share\\i"},
+         {"target", "\\\\server\\share\\j"},
+         {"replaces", true}}};
+    EXPECT_EQ(expected, list);
+}
+
+TEST_F(PendingCommandTest, ShowsATable)
+{
+    pending.Write({{LR"(\??\C:\a)", LR"(!\??\C:\b)"}, {LR"(\??\C:\e)", L""}});
+    const std::string table = RunAgent({L"pending"}).output;
+    EXPECT_NE(std::string::npos, table.find("replace  C:\\b  by  C:\\a\n"));
+    EXPECT_NE(std::string::npos, table.find("delete   C:\\e\n"));
+}

@@ -1,0 +1,113 @@
+// Running the console agent as a user does.
+
+#include "tests/support/AgentProcess.h"
+
+#include "tests/support/FileTools.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr DWORD kPatience = 120000; // milliseconds
+
+// A file takes the output, so that neither side ever waits for the other.
+HANDLE TemporaryFile()
+{
+    wchar_t path[MAX_PATH] = {};
+    ::GetTempFileNameW(L"C:\\windows\\temp", L"agt", 0, path); // tests steer the temporary directory
+    SECURITY_ATTRIBUTES inheritable = {sizeof(inheritable), nullptr, TRUE};
+    return ::CreateFileW(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                         &inheritable, CREATE_ALWAYS, FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+}
+
+std::string ReadFromStart(HANDLE file)
+{
+    LARGE_INTEGER size = {};
+    ::GetFileSizeEx(file, &size);
+    ::SetFilePointer(file, 0, nullptr, FILE_BEGIN);
+    std::string text(static_cast<std::size_t>(size.QuadPart), '\0');
+    DWORD read = 0;
+    ::ReadFile(file, text.data(), static_cast<DWORD>(text.size()), &read, nullptr);
+    text.resize(read);
+    std::erase(text, '\r');
+    return text;
+}
+
+// Quoted so that the started program sees the same text, whatever backslashes and quotation marks are in it.
+std::wstring Quoted(const std::wstring& argument)
+{
+    std::wstring quoted = L"\"";
+    std::size_t backslashes = 0;
+    for (const wchar_t character : argument) {
+        if (character == L'"') {
+            quoted.append(backslashes + 1, L'\\');
+        }
+        backslashes = character == L'\\' ? backslashes + 1 : 0;
+        quoted += character;
+    }
+    return quoted.append(backslashes, L'\\') + L"\"";
+}
+
+std::wstring AgentProgram()
+{
+    wchar_t path[MAX_PATH] = {};
+    ::GetModuleFileNameW(nullptr, path, MAX_PATH);
+    const std::wstring program = path;
+    return program.substr(0, program.rfind(L'\\') + 1) + L"kestrovane-agent.exe";
+}
+
+} // namespace
+
+AgentProcess::AgentProcess(const std::vector<std::wstring>& arguments)
+    : m_output(TemporaryFile()), m_messages(TemporaryFile())
+{
+    std::wstring command = Quoted(AgentProgram());
+    for (const std::wstring& argument : arguments) {
+        command += L" " + Quoted(argument);
+    }
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof(startup);
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdOutput = m_output;
+    startup.hStdError = m_messages;
+    EXPECT_TRUE(::CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, CREATE_NEW_PROCESS_GROUP, nullptr,
+                                 nullptr, &startup, &m_process))
+        << "error " << ::GetLastError();
+}
+
+AgentProcess::~AgentProcess()
+{
+    if (::WaitForSingleObject(m_process.hProcess, 0) != WAIT_OBJECT_0) {
+        Kill();
+    }
+    ::CloseHandle(m_process.hProcess);
+    ::CloseHandle(m_process.hThread);
+    ::CloseHandle(m_output);
+    ::CloseHandle(m_messages);
+}
+
+void AgentProcess::Kill()
+{
+    ::TerminateProcess(m_process.hProcess, 1);
+    ::WaitForSingleObject(m_process.hProcess, kPatience);
+}
+
+void AgentProcess::PressCtrlBreak()
+{
+    EXPECT_TRUE(::GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, m_process.dwProcessId)) << "error " << ::GetLastError();
+}
+
+AgentResult AgentProcess::Wait()
+{
+    EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(m_process.hProcess, kPatience)) << "the agent does not end";
+    AgentResult result;
+    ::GetExitCodeProcess(m_process.hProcess, &result.exitCode);
+    result.output = ReadFromStart(m_output);
+    result.messages = ReadFromStart(m_messages);
+    return result;
+}
+
+AgentResult RunAgent(const std::vector<std::wstring>& arguments)
+{
+    return AgentProcess(arguments).Wait();
+}

@@ -1,0 +1,35 @@
+// Running the console agent as a user does.
+
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+#include <vector>
+
+struct AgentResult {
+    DWORD exitCode = 0;
+    std::string output;   // standard output, line ends as "\n"
+    std::string messages; // standard error, the same
+};
+
+// Runs the agent with the arguments to its end.
+AgentResult RunAgent(const std::vector<std::wstring>& arguments);
+
+// An agent that is still running, for tests that interrupt or kill it.
+class AgentProcess {
+public:
+    explicit AgentProcess(const std::vector<std::wstring>& arguments);
+    ~AgentProcess();
+    AgentProcess(const AgentProcess&) = delete;
+    AgentProcess& operator=(const AgentProcess&) = delete;
+
+    void Kill();
+    void PressCtrlBreak();
+    AgentResult Wait();
+
+private:
+    HANDLE m_output = nullptr;
+    HANDLE m_messages = nullptr;
+    PROCESS_INFORMATION m_process = {};
+};

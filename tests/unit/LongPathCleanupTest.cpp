@@ -1,0 +1,96 @@
+// The clean-up of directories with long paths, with an invalid-parameter handler that returns. The older runtime has such
+// handlers for each module, so only a program that holds the library's objects can set one.
+
+#include "tests/support/TestDirectory.h"
+
+#include "frame/FileManager.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace {
+
+int g_reports = 0;
+
+void CountReport(const wchar_t* /*expression*/, const wchar_t* /*function*/, const wchar_t* /*file*/, unsigned /*line*/,
+                 std::uintptr_t /*reserved*/)
+{
+    ++g_reports;
+}
+
+int __cdecl DropLog(int /*level*/, const char* /*format*/, ...)
+{
+    return 0;
+}
+
+int __cdecl DropKeepAlive(int /*seconds*/, ...)
+{
+    return 0;
+}
+
+} // namespace
+
+class LongPathCleanupTest : public ::testing::Test {
+protected:
+    LongPathCleanupTest() : m_before(::_set_invalid_parameter_handler(&CountReport))
+    {
+        g_reports = 0;
+        manager.SetHostFunctions(&DropLog, &DropKeepAlive, &DropLog);
+    }
+    ~LongPathCleanupTest() override { ::_set_invalid_parameter_handler(m_before); }
+
+    TestDirectory tree;
+    quorvantavss::CVssFileManager manager;
+
+private:
+    _invalid_parameter_handler m_before;
+};
+
+TEST_F(LongPathCleanupTest, RemovesTheDirectoriesBelowAndReportsOnceBehindTheFirst)
+{
+    tree.Files({L"f", LR"(a\f)", LR"(a\b\f)", LR"(c\f)"});
+    EXPECT_TRUE(manager.CleanUpLongPath(tree.Root()));
+    EXPECT_EQ(1, g_reports);
+    EXPECT_FALSE(PathExists(tree.Path(L"a")));
+    EXPECT_FALSE(PathExists(tree.Path(L"c")));
+    EXPECT_TRUE(PathExists(tree.Path(L"f")));
+}
+
+TEST_F(LongPathCleanupTest, WithoutDirectoriesBelowReportsAtOnce)
+{
+    tree.File(L"f");
+    EXPECT_TRUE(manager.CleanUpLongPath(tree.Root()));
+    EXPECT_EQ(1, g_reports);
+    EXPECT_TRUE(PathExists(tree.Path(L"f")));
+}
+
+TEST_F(LongPathCleanupTest, StopsAtAFailureAndReports)
+{
+    tree.Files({LR"(a\f)", LR"(b\f)", LR"(c\f)"});
+    ::SetFileAttributesW(tree.Path(LR"(b\f)").c_str(), FILE_ATTRIBUTE_READONLY);
+    EXPECT_FALSE(manager.CleanUpLongPath(tree.Root()));
+    EXPECT_EQ(1, g_reports);
+    EXPECT_EQ(L"errno: 13 " + tree.Path(LR"(b\f)"), manager.GetErrorText());
+    EXPECT_TRUE(PathExists(tree.Path(LR"(a\f)"))) << "the last directory comes first";
+    EXPECT_FALSE(PathExists(tree.Path(L"c")));
+}
+
+TEST_F(LongPathCleanupTest, ADirectoryThatCannotBeRemovedIsNoFailure)
+{
+    tree.Files({LR"(a\f)", LR"(b\f)"});
+    const HANDLE held = ::CreateFileW(tree.Path(L"b").c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                      FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    EXPECT_TRUE(manager.CleanUpLongPath(tree.Root()));
+    ::CloseHandle(held);
+    EXPECT_TRUE(PathExists(tree.Path(L"b")));
+    EXPECT_FALSE(PathExists(tree.Path(LR"(b\f)")));
+    EXPECT_FALSE(PathExists(tree.Path(L"a"))) << "the others are removed all the same";
+}
+
+TEST_F(LongPathCleanupTest, OfAMissingOrEmptyPathIsFalseWithoutAReport)
+{
+    EXPECT_FALSE(manager.CleanUpLongPath(tree.Path(L"missing")));
+    EXPECT_FALSE(manager.CleanUpLongPath(L""));
+    EXPECT_EQ(0, g_reports);
+}
