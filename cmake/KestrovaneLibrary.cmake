@@ -28,6 +28,7 @@ add_library(kestrovane_objects OBJECT
     volumes/VolumeEnumeration.cpp
     volumes/VolumeNames.cpp
     volumes/VolumeSpace.cpp
+    volumes/WindowsVersion.cpp
     restore/FileDesc.cpp
     restore/RestorePathMapping.cpp
     cache/CacheFile.cpp

@@ -36,6 +36,8 @@
 ///   GetVolumeMaxFreeSpace gives an empty text when no volume has room and when none could be asked.
 /// - BuildSnapshotFilePath is true always. For a volume that is missing from its map it gives the path below the
 ///   volume alone, which is no path into a snapshot, and adds an empty entry to the map. Look into the map beforehand.
+/// - IsRunOnWin2003SP1Up gives 1 when the version cannot be read, and 0 on the 64-bit Windows XP, which shares its version
+///   number with Server 2003.
 /// - The path functions give an empty text for a refused path and for a path without the part that was asked
 ///   for. They take relative paths from the current directory, and lose the middle of ..\..\a\f.txt.
 /// - WStringAfterWCHAR and WStringBeforeWCHAR give the whole text when the character does not occur.
@@ -446,6 +448,19 @@ KESTROVANE_API double GetTotalVolumeSpace(const std::wstring& path);
 /// Logs nothing. Throws only CAtlException (0x8007000E); nothing is appended then, but the key may have been added.
 KESTROVANE_API bool BuildSnapshotFilePath(const wchar_t* path, CComBSTR& result,
                                           std::map<std::wstring, std::wstring>& snapshots);
+
+// ---------------------------------------------------------------------------------------------------------
+// Windows versions
+// ---------------------------------------------------------------------------------------------------------
+//
+// The version is that which Windows reports to this process, read at every call. Nothing is logged or thrown.
+
+/// 1 on Windows XP, the 64-bit one included, else 0; 0 when the version cannot be read.
+KESTROVANE_API int IsRunsOnWinXP();
+
+/// 0 on Windows 2000, on Windows XP and on Server 2003 without a service pack; 1 on Server 2003 with any service pack
+/// and on every later release, and when the version cannot be read.
+KESTROVANE_API int IsRunOnWin2003SP1Up();
 
 // ---------------------------------------------------------------------------------------------------------
 // Restore mapping
