@@ -29,13 +29,14 @@ add_library(kestrovane_objects OBJECT
     volumes/VolumeNames.cpp
     volumes/VolumeSpace.cpp
     volumes/WindowsVersion.cpp
+    security/ObjectOwner.cpp
     restore/FileDesc.cpp
     restore/RestorePathMapping.cpp
     cache/CacheFile.cpp
     cache/CacheFileLists.cpp)
 target_include_directories(kestrovane_objects PUBLIC exports ${PROJECT_SOURCE_DIR})
 target_compile_definitions(kestrovane_objects PRIVATE KESTROVANE_BUILD INTERFACE KESTROVANE_STATIC)
-target_link_libraries(kestrovane_objects PRIVATE kestrovane_strictness INTERFACE oleaut32 shlwapi)
+target_link_libraries(kestrovane_objects PRIVATE kestrovane_strictness INTERFACE advapi32 oleaut32 shlwapi)
 
 configure_file(exports/Kestrovane.rc.in Kestrovane.rc @ONLY)
 

@@ -38,6 +38,7 @@
 ///   volume alone, which is no path into a snapshot, and adds an empty entry to the map. Look into the map beforehand.
 /// - IsRunOnWin2003SP1Up gives 1 when the version cannot be read, and 0 on the 64-bit Windows XP, which shares its version
 ///   number with Server 2003.
+/// - ChangeObjectOwner tells only what became of the object itself, not of those below it. Look into the log for these.
 /// - The path functions give an empty text for a refused path and for a path without the part that was asked
 ///   for. They take relative paths from the current directory, and lose the middle of ..\..\a\f.txt.
 /// - WStringAfterWCHAR and WStringBeforeWCHAR give the whole text when the character does not occur.
@@ -85,8 +86,8 @@
 /// arguments come with %S, narrow ones with %s. Level 2 marks locations and progress, level 0 everything else;
 /// the library filters nothing. The result is ignored.
 ///
-/// Two formats pair %s with a wide path (see DeleteDirectoryRecursive); a host that prints wide text itself has
-/// to know them. The platform's own printf stops at a %S argument with a character above U+00FF in the C locale.
+/// Two formats pair %s with a wide path (see DeleteDirectoryRecursive), and one pairs %u with a wide path (see
+/// ChangeObjectOwner); a host that prints wide text itself has to know them. The platform's own printf stops at a %S argument with a character above U+00FF in the C locale.
 using VssFileManagerLogFn = int(__cdecl*)(int level, const char* format, ...);
 
 /// Tells the host that the library is still at work; `seconds` is how long to wait for the next sign of life
@@ -461,6 +462,33 @@ KESTROVANE_API int IsRunsOnWinXP();
 /// 0 on Windows 2000, on Windows XP and on Server 2003 without a service pack; 1 on Server 2003 with any service pack
 /// and on every later release, and when the version cannot be read.
 KESTROVANE_API int IsRunOnWin2003SP1Up();
+
+// ---------------------------------------------------------------------------------------------------------
+// Owner change
+// ---------------------------------------------------------------------------------------------------------
+
+/// Gives a file or folder, and then everything below it, to an account: the account becomes the owner and gets full
+/// access, which everything below inherits. Its other entries in the access list are replaced; group and system list stay.
+///
+/// @param path     Without a trailing backslash.
+/// @param account  A user or group as Windows looks it up: name, DOMAIN\name, .\name (a name without its domain), or
+///                 LocalSystem in this spelling.
+/// @return true when the object itself was changed. false at its first failure, which is logged; nothing below it is
+///         touched then. What becomes of the objects below is logged only: one that cannot be changed is passed over,
+///         with everything below it.
+///
+/// Depth first, in Windows' order, a folder before its contents. Links to folders are followed.
+///
+/// For each object, the progress is logged at level 2 and the failure and a line about the clock, without a line end, at
+/// level 0. The host's keep-alive function is called with 600, after SendKA's line, when more than 570 whole seconds have
+/// gone by since the last such call; with 10800 before owner and access list are written, because Windows may carry them
+/// to a whole tree; with 600 after that has succeeded. After a failed write the host is left with 10800.
+///
+/// Hazards: the line "Error creating new DACL for file/folder to include new owner - error %u.\n" comes with the path
+/// (wide) before the error, so a printf shows a part of an address. The security descriptors read, two for each
+/// object, stay allocated for the life of the process. Needs the rights to take ownership and to give it away.
+/// Throws only what a string copy can.
+KESTROVANE_API bool ChangeObjectOwner(std::wstring path, std::wstring account);
 
 // ---------------------------------------------------------------------------------------------------------
 // Restore mapping
