@@ -7,6 +7,7 @@
 #include "agent/Manifest.h"
 #include "agent/Progress.h"
 #include "agent/Report.h"
+#include "agent/Snapshots.h"
 #include "agent/SourceTree.h"
 #include "agent/Stopwatch.h"
 #include "agent/Text.h"
@@ -17,12 +18,14 @@ namespace agent {
 
 namespace {
 
+constexpr const wchar_t* kNoSnapshot = L"no --snapshot is given for its volume";
+
 class Backup {
 public:
     Backup(const BackupOptions& options, const CommonOptions& common)
         : m_source(Absolute(options.directory)),
           m_target(Absolute(options.target)),
-          m_filter(options.filter),
+          m_options(options),
           m_json(common.json)
     {
         m_manifest.original = m_source;
@@ -48,7 +51,11 @@ private:
         m_report.Set("target", m_target);
         m_report.Set("files", 0);
         m_report.Set("bytes", 0);
-        if (!isDirectoryExists(m_source)) {
+        if (const auto reason = m_snapshots.Add(m_options.snapshots)) {
+            m_report.Fail(m_source, *reason);
+        } else if (!IsCovered(m_source)) {
+            m_report.Fail(m_source, kNoSnapshot);
+        } else if (!IsDirectoryOnDevice(SourceOf(m_source))) {
             m_report.Fail(m_source, SystemReason(::GetLastError()));
         } else if (IsSameOrBelow(m_target, m_source)) {
             m_report.Fail(m_target, L"the target lies in the directory that is to be backed up");
@@ -60,7 +67,13 @@ private:
 
     void CopyTree()
     {
-        const SourceTree tree = ReadSourceTree(m_source, m_filter);
+        const SourceTree tree = ReadSourceTree(SourceOf(m_source), m_options.filter);
+        for (const std::wstring& directory : tree.directories) {
+            if (!IsCovered(Join(m_source, directory))) { // another volume is mounted there
+                Fail(Join(m_source, directory), kNoSnapshot);
+                return;
+            }
+        }
         for (const auto& [directory, reason] : tree.failures) {
             Fail(directory, reason);
         }
@@ -91,7 +104,7 @@ private:
     // Gives the number of bytes copied.
     std::int64_t CopyFile(const std::wstring& name)
     {
-        const std::wstring source = Join(m_source, name);
+        const std::wstring source = SourceOf(Join(m_source, name));
         const std::wstring target = Join(m_target, name);
         if (const wchar_t* reason = Refusal(name, source, target)) {
             Fail(source, reason);
@@ -131,6 +144,15 @@ private:
         return nullptr;
     }
 
+    // Whether a path can be read from a snapshot, where snapshots are used.
+    bool IsCovered(const std::wstring& live) const { return m_snapshots.IsEmpty() || m_snapshots.Covers(live); }
+
+    // Where a live path is read from.
+    std::wstring SourceOf(const std::wstring& live) const
+    {
+        return m_snapshots.IsEmpty() ? live : m_snapshots.PathOf(live);
+    }
+
     bool Make(const std::wstring& directory)
     {
         const auto reason = MakeDirectory(directory);
@@ -148,7 +170,8 @@ private:
 
     std::wstring m_source;
     std::wstring m_target;
-    std::wstring m_filter;
+    const BackupOptions& m_options;
+    Snapshots m_snapshots;
     bool m_json;
     Manifest m_manifest;
     Report m_report{"backup"};

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
 #include <map>
 
 namespace agent {
@@ -24,6 +25,21 @@ CLI::Option* AddText(CLI::App& app, const std::string& name, std::wstring& value
 {
     return app.add_option_function<std::string>(
         name, [&value](const std::string& text) { value = Wide(text); }, help);
+}
+
+// The same for an option that may be given more than once.
+CLI::Option* AddTexts(CLI::App& app, const std::string& name, std::vector<std::wstring>& values,
+                      const std::string& help)
+{
+    return app
+        .add_option_function<std::vector<std::string>>(
+            name,
+            [&values](const std::vector<std::string>& texts) {
+                std::transform(texts.begin(), texts.end(), std::back_inserter(values), &Wide);
+            },
+            help)
+        ->take_all()
+        ->allow_extra_args(false);
 }
 
 void AddMappings(CLI::App& app, Mappings& mappings)
@@ -58,6 +74,10 @@ public:
         AddMap();
         AddRestore();
         AddDelete();
+        AddVolumeCommands();
+        AddOwn();
+        AddCommand("platform", "Shows what the library says of the Windows release",
+                   [this] { return RunPlatform(m_common); });
         AddCommand("pending", "Lists what is registered for the next restart", [this] { return RunPending(m_common); });
     }
 
@@ -107,6 +127,8 @@ private:
         AddText(app, "DIR", m_backup.directory, "The directory to back up")->required();
         AddText(app, "TARGET", m_backup.target, "The directory that takes the backup")->required();
         AddText(app, "--filter", m_backup.filter, "Which names, with * and ?");
+        AddTexts(app, "--snapshot", m_backup.snapshots, "Reads the files of a volume from its snapshot device")
+            ->type_name("VOLUME=DEVICE");
     }
 
     void AddMap()
@@ -132,10 +154,28 @@ private:
             ->transform(CLI::CheckedTransformer(policies))
             ->type_name("WHEN");
         app.add_flag("--dry-run", m_restore.dryRun, "Shows what would be done and changes nothing");
+        AddText(app, "--owner", m_restore.owner, "Gives what was restored to this account afterwards");
         app.add_flag("--temp-cache", m_restore.temporaryCache,
                      "Cache files of files in use go to the temporary directory, where it is on the same volume");
         app.add_flag("--protect-live", m_restore.protectLive,
                      "Keeps copies of the live files meanwhile, and puts them back where the restore fails");
+    }
+
+    void AddVolumeCommands()
+    {
+        AddCommand("volumes", "Lists the mount paths of all volumes", [this] { return RunVolumes(m_common); });
+        CLI::App& app = AddCommand("resolve", "Shows the volume and the parts of a path",
+                                   [this] { return RunResolve(m_resolve, m_common); });
+        AddText(app, "PATH", m_resolve.path, "The path")->required();
+    }
+
+    void AddOwn()
+    {
+        CLI::App& app = AddCommand("own", "Gives a file or a whole tree its owner, with full access",
+                                   [this] { return RunOwn(m_own, m_common); });
+        AddText(app, "PATH", m_own.path, "The file or directory")->required();
+        AddText(app, "ACCOUNT", m_own.account, "A user or group: NAME, DOMAIN\\NAME, .\\NAME, LocalSystem")->required();
+        app.add_flag("--yes", m_own.yes, "Does it; without, what would change is shown");
     }
 
     void AddDelete()
@@ -160,6 +200,8 @@ private:
     MapOptions m_map;
     RestoreOptions m_restore;
     DeleteOptions m_delete;
+    ResolveOptions m_resolve;
+    OwnOptions m_own;
 };
 
 } // namespace

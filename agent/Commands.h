@@ -5,6 +5,7 @@
 #include "agent/Mappings.h"
 
 #include <string>
+#include <vector>
 
 namespace agent {
 
@@ -25,6 +26,7 @@ struct BackupOptions {
     std::wstring directory;
     std::wstring target;
     std::wstring filter = L"*";
+    std::vector<std::wstring> snapshots; // VOLUME=DEVICE
 };
 int RunBackup(const BackupOptions& options, const CommonOptions& common);
 
@@ -45,6 +47,7 @@ struct RestoreOptions {
     bool dryRun = false;
     bool temporaryCache = false; // cache files in the temporary directory instead of beside the files in use
     bool protectLive = false;    // copies of the live files until the restore is through
+    std::wstring owner;          // empty: owners stay
 };
 int RunRestore(const RestoreOptions& options, const CommonOptions& common);
 
@@ -58,5 +61,21 @@ struct DeleteOptions {
 int RunDelete(const DeleteOptions& options, const CommonOptions& common);
 
 int RunPending(const CommonOptions& common);
+
+int RunVolumes(const CommonOptions& common);
+
+struct ResolveOptions {
+    std::wstring path;
+};
+int RunResolve(const ResolveOptions& options, const CommonOptions& common);
+
+struct OwnOptions {
+    std::wstring path;
+    std::wstring account;
+    bool yes = false;
+};
+int RunOwn(const OwnOptions& options, const CommonOptions& common);
+
+int RunPlatform(const CommonOptions& common);
 
 } // namespace agent

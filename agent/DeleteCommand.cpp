@@ -2,11 +2,11 @@
 
 #include "agent/Commands.h"
 
-#include "agent/DeletionSurvey.h"
 #include "agent/FileFacts.h"
 #include "agent/Output.h"
 #include "agent/Report.h"
 #include "agent/Text.h"
+#include "agent/TreeSurvey.h"
 
 #include <Kestrovane.h>
 
@@ -30,10 +30,10 @@ public:
             return m_report.Finish(m_json);
         }
         const bool wholeTree = m_options.filter.empty();
-        const DeletionSurvey survey = SurveyDeletion(m_directory, m_options.filter, m_options.followLinks);
+        const TreeSurvey survey = SurveyTree(m_directory, m_options.filter, m_options.followLinks);
         Show(survey);
         if (survey.tooDeep) {
-            m_report.Fail(m_directory, L"it has more than " + std::to_wstring(kDeepestDeletion) +
+            m_report.Fail(m_directory, L"it has more than " + std::to_wstring(kDeepestSurvey) +
                                            L" levels of directories; a link may lead back into it");
         } else if (m_options.yes) {
             Prepare(survey);
@@ -76,7 +76,7 @@ private:
         return {};
     }
 
-    void Show(const DeletionSurvey& survey)
+    void Show(const TreeSurvey& survey)
     {
         m_report.Set("directory", m_directory);
         m_report.Set("files", static_cast<std::int64_t>(survey.files.size()));
@@ -95,7 +95,7 @@ private:
     }
 
     // The library never changes an attribute, and it follows every link that it meets.
-    void Prepare(const DeletionSurvey& survey)
+    void Prepare(const TreeSurvey& survey)
     {
         if (m_options.clearReadOnly) {
             for (const std::wstring& file : survey.readOnly) {
@@ -128,7 +128,7 @@ private:
     }
 
     // The library says neither what it has deleted before a failure nor, of a missing directory, that there was nothing.
-    void CountWhatStays(const DeletionSurvey& survey)
+    void CountWhatStays(const TreeSurvey& survey)
     {
         for (const std::wstring& file : survey.files) {
             if (!ReadFacts(file)) {

@@ -46,6 +46,12 @@ void SetModified(const std::wstring& path, std::int64_t modified)
     }
 }
 
+bool IsDirectoryOnDevice(const std::wstring& path)
+{
+    const auto facts = ReadFacts(Join(path, L""));
+    return facts && facts->IsDirectory();
+}
+
 std::optional<DirectoryIdentity> ReadIdentity(const std::wstring& directory)
 {
     const UniqueFileHandle handle(::CreateFileW(directory.c_str(), 0,
@@ -57,6 +63,18 @@ std::optional<DirectoryIdentity> ReadIdentity(const std::wstring& directory)
     }
     return DirectoryIdentity{information.dwVolumeSerialNumber,
                              static_cast<std::uint64_t>(Joined(information.nFileIndexHigh, information.nFileIndexLow))};
+}
+
+std::wstring TopmostMissing(const std::wstring& directory)
+{
+    std::wstring topmost;
+    std::wstring path = directory;
+    while (!path.empty() && path.back() != L':' && !ReadFacts(path)) {
+        topmost = path;
+        const auto backslash = path.rfind(L'\\');
+        path.resize(backslash == std::wstring::npos ? 0 : backslash);
+    }
+    return topmost;
 }
 
 std::optional<std::wstring> MakeDirectory(const std::wstring& directory)

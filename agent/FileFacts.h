@@ -25,6 +25,9 @@ std::optional<FileFacts> ReadFacts(const std::wstring& path);
 // Best effort: a file that keeps its own time is not a failure.
 void SetModified(const std::wstring& path, std::int64_t modified);
 
+// Whether there is a directory to be searched, also on a snapshot device, which no process can change into.
+bool IsDirectoryOnDevice(const std::wstring& path);
+
 // Which directory a path stands for, however it is written.
 struct DirectoryIdentity {
     DWORD volume = 0;
@@ -33,6 +36,9 @@ struct DirectoryIdentity {
     bool operator==(const DirectoryIdentity&) const = default;
 };
 std::optional<DirectoryIdentity> ReadIdentity(const std::wstring& directory);
+
+// The outermost directory of a path that is not there; empty when the whole path is.
+std::wstring TopmostMissing(const std::wstring& directory);
 
 // Makes a directory with its parents. @return a reason when it is not there afterwards; the library's own result says only
 // that the path is well formed.

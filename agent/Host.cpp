@@ -16,6 +16,7 @@ namespace agent {
 namespace {
 
 bool g_verbose = false;
+LogListener::Hear g_hear;
 
 // The argument of one conversion. The runtime's printf would stop at a wide text outside the locale, so texts are taken
 // over as they are.
@@ -59,13 +60,20 @@ std::wstring FormatLine(std::string format, va_list& arguments)
     return line;
 }
 
-int __cdecl Log(int /*level*/, const char* format, ...)
+int __cdecl Log(int level, const char* format, ...)
 {
+    if (!g_verbose && !g_hear) {
+        return 0;
+    }
+    va_list arguments;
+    va_start(arguments, format);
+    const std::wstring line = FormatLine(format, arguments);
+    va_end(arguments);
     if (g_verbose) {
-        va_list arguments;
-        va_start(arguments, format);
-        WriteMessage(FormatLine(format, arguments));
-        va_end(arguments);
+        WriteMessage(line);
+    }
+    if (g_hear) {
+        g_hear(level, line);
     }
     return 0;
 }
@@ -82,6 +90,16 @@ void RegisterHost(bool verbose)
 {
     g_verbose = verbose;
     SetVssFileManagerLogger(&Log, &KeepAlive, &Log);
+}
+
+LogListener::LogListener(Hear hear)
+{
+    g_hear = std::move(hear);
+}
+
+LogListener::~LogListener()
+{
+    g_hear = nullptr;
 }
 
 } // namespace agent

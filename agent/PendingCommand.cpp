@@ -32,10 +32,10 @@ int RunPending(const CommonOptions& common)
         return report.Finish(common.json);
     }
     for (const PendingMove& move : *moves) {
-        report.AddObject("pending", {{"operation", move.IsDeletion() ? L"delete" : L"move"},
-                                     {"source", move.source},
-                                     {"target", move.target},
-                                     {"replaces", move.replaces ? L"yes" : L"no"}});
+        report.AddItem("pending", {{"operation", std::wstring(move.IsDeletion() ? L"delete" : L"move")},
+                                   {"source", move.source},
+                                   {"target", move.target},
+                                   {"replaces", move.replaces}});
         if (!common.json) {
             WriteResult(Describe(move) + L"\n");
         }

@@ -15,7 +15,7 @@ using Outcome = ReplacementResult::Outcome;
 
 ReplacementResult Failed(const std::wstring& reason)
 {
-    return {Outcome::kFailed, reason};
+    return {Outcome::kFailed, reason, {}};
 }
 
 bool Matches(const std::wstring& path, const FileDigest& digest)
@@ -98,7 +98,7 @@ ReplacementResult Replacement::ReplaceNow(const std::wstring& source, const std:
         return Failed(L"the file was written, but it is incomplete");
     }
     SetModified(target, file.modified);
-    return {Outcome::kNow, {}};
+    return {Outcome::kNow, {}, target};
 }
 
 ReplacementResult Replacement::ReplaceAtRestart(const std::wstring& source, const std::wstring& target,
@@ -128,7 +128,7 @@ ReplacementResult Replacement::ReplaceAtRestart(const std::wstring& source, cons
                       SystemReason(::GetLastError()));
     }
     cache.Keep();
-    return {Outcome::kAtRestart, {}};
+    return {Outcome::kAtRestart, {}, cache.Path()};
 }
 
 } // namespace agent

@@ -15,7 +15,8 @@ struct ReplacementResult {
     enum class Outcome { kNow, kAtRestart, kFailed };
 
     Outcome outcome = Outcome::kFailed;
-    std::wstring reason; // of a failure
+    std::wstring reason;  // of a failure
+    std::wstring written; // the target, or the cache file that takes its place at the restart
 };
 
 class Replacement {

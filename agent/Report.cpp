@@ -35,7 +35,7 @@ struct ValueToText {
     std::wstring operator()(bool flag) const { return flag ? L"yes" : L"no"; }
     std::wstring operator()(const std::wstring& text) const { return text; }
     std::wstring operator()(const std::vector<std::wstring>& /*items*/) const { return {}; }
-    std::wstring operator()(const std::vector<TextObject>& /*items*/) const { return {}; }
+    std::wstring operator()(const std::vector<Item>& /*items*/) const { return {}; }
 
 private:
     static std::wstring RightAligned(const std::wstring& digits)
@@ -45,19 +45,23 @@ private:
     }
 };
 
-struct ValueToJson {
+struct ScalarToJson {
     Json operator()(std::int64_t number) const { return number; }
     Json operator()(double number) const { return number; }
     Json operator()(bool flag) const { return flag; }
     Json operator()(const std::wstring& text) const { return Utf8(text); }
+};
+
+struct ValueToJson : ScalarToJson {
+    using ScalarToJson::operator();
     Json operator()(const std::vector<std::wstring>& items) const { return ToJson(items); }
-    Json operator()(const std::vector<TextObject>& items) const
+    Json operator()(const std::vector<Item>& items) const
     {
         Json list = Json::array();
-        for (const TextObject& item : items) {
+        for (const Item& item : items) {
             Json object = Json::object();
-            for (const auto& [name, text] : item) {
-                object[name] = Utf8(text);
+            for (const auto& [name, value] : item) {
+                object[name] = std::visit(ScalarToJson(), value);
             }
             list.push_back(std::move(object));
         }
@@ -124,9 +128,9 @@ void Report::Add(const std::string& list, const std::wstring& item)
     std::get<std::vector<std::wstring>>(Row(list, std::vector<std::wstring>())).push_back(item);
 }
 
-void Report::AddObject(const std::string& list, const TextObject& item)
+void Report::AddItem(const std::string& list, const Item& item)
 {
-    std::get<std::vector<TextObject>>(Row(list, std::vector<TextObject>())).push_back(item);
+    std::get<std::vector<Item>>(Row(list, std::vector<Item>())).push_back(item);
 }
 
 ExitCode Report::Code() const

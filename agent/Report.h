@@ -20,7 +20,9 @@ enum ExitCode : int {
     kInterrupted = 130,
 };
 
-using TextObject = std::vector<std::pair<std::string, std::wstring>>;
+// Named values of one item in the JSON object.
+using Scalar = std::variant<std::int64_t, double, bool, std::wstring>;
+using Item = std::vector<std::pair<std::string, Scalar>>;
 
 class Report {
 public:
@@ -39,9 +41,9 @@ public:
 
     void Fail(const std::wstring& subject, const std::wstring& reason); // written to standard error at once
     void Note(const std::wstring& text);                                // the same, but no failure
-    // An item of a list in the JSON object: a text, or an object with named texts.
+    // An item of a list in the JSON object: a text, or named values.
     void Add(const std::string& list, const std::wstring& item);
-    void AddObject(const std::string& list, const TextObject& item);
+    void AddItem(const std::string& list, const Item& item);
     void SetInterrupted() { m_interrupted = true; }
     void SetAtRestart() { m_atRestart = true; }
 
@@ -51,8 +53,7 @@ public:
     int Finish(bool json);
 
 private:
-    using Value =
-        std::variant<std::int64_t, double, bool, std::wstring, std::vector<std::wstring>, std::vector<TextObject>>;
+    using Value = std::variant<std::int64_t, double, bool, std::wstring, std::vector<std::wstring>, std::vector<Item>>;
 
     Value& Row(const std::string& name, Value initial);
     ExitCode Code() const;

@@ -7,6 +7,7 @@
 #include "agent/LiveProtection.h"
 #include "agent/Manifest.h"
 #include "agent/Output.h"
+#include "agent/Ownership.h"
 #include "agent/Progress.h"
 #include "agent/Replacement.h"
 #include "agent/Report.h"
@@ -66,6 +67,7 @@ private:
         }
         MakeDirectories(plan);
         RestoreFiles(plan);
+        GiveOwners();
         EndJournal();
     }
 
@@ -137,6 +139,29 @@ private:
         }
     }
 
+    // Only what was restored: a directory with everything below it where it was not there before.
+    void GiveOwners()
+    {
+        if (m_options.owner.empty()) {
+            return;
+        }
+        Progress progress(L"Giving the owner", static_cast<std::int64_t>(m_created.size() + m_replaced.size()), m_json);
+        for (const std::wstring& directory : m_created) {
+            GiveOwner(directory, m_options.owner, m_report);
+            progress.Advance(0);
+        }
+        for (const std::wstring& file : m_replaced) {
+            GiveOwner(file, m_options.owner, m_report);
+            progress.Advance(0);
+        }
+    }
+
+    bool IsInCreated(const std::wstring& path) const
+    {
+        return std::any_of(m_created.begin(), m_created.end(),
+                           [&](const std::wstring& directory) { return IsSameOrBelow(path, directory); });
+    }
+
     void MakeDirectories(const RestorePlan& plan)
     {
         for (const std::wstring& directory : plan.directories) {
@@ -180,6 +205,9 @@ private:
         } else {
             m_report.Count("restored");
         }
+        if (!IsInCreated(result.written)) {
+            m_replaced.push_back(result.written);
+        }
         if (EqualIgnoringCase(step.target, m_unfinished)) {
             m_unfinished.clear();
         }
@@ -214,7 +242,7 @@ private:
             m_report.Count("restored");
             m_report.Count("mapped", step.mapped ? 1 : 0);
             m_report.Count("bytes", step.file.digest.size);
-            m_report.AddObject("plan", {{"source", step.source}, {"target", step.target}});
+            m_report.AddItem("plan", {{"source", step.source}, {"target", step.target}});
             if (!m_json) {
                 WriteResult(step.source + L" -> " + step.target + L"\n");
             }
@@ -235,7 +263,11 @@ private:
 
     bool Make(const std::wstring& directory)
     {
+        const std::wstring topmost = TopmostMissing(directory);
         const auto reason = MakeDirectory(directory);
+        if (!reason && !topmost.empty()) {
+            m_created.push_back(topmost);
+        }
         if (reason) {
             Fail(directory, *reason);
         }
@@ -256,6 +288,8 @@ private:
     std::wstring m_unfinished;
     std::vector<std::wstring> m_leftovers;
     std::vector<std::wstring> m_unprotected;
+    std::vector<std::wstring> m_created;  // directories that were not there before, without those below them
+    std::vector<std::wstring> m_replaced; // restored files that are in none of them
     std::optional<LiveProtection> m_protection;
     std::optional<Replacement> m_replacement;
 };

@@ -26,6 +26,24 @@ public:
     }
 
 private:
+    std::vector<std::wstring> FileNames(const std::wstring& directory) const
+    {
+        if (isDirectoryExists(directory)) {
+            return ListFilesFilter(directory, m_filter, false);
+        }
+        // The library lists what a process can change into, and a snapshot device is not such a directory.
+        std::vector<std::wstring> names;
+        WIN32_FIND_DATAW entry = {};
+        const UniqueFindHandle search(::FindFirstFileW(Join(directory, m_filter).c_str(), &entry));
+        for (bool found = static_cast<bool>(search); found; found = ::FindNextFileW(search.Get(), &entry) != 0) {
+            if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+                names.emplace_back(entry.cFileName);
+            }
+        }
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
     // `relative` is empty for the root, else it ends with a backslash.
     void ReadDirectory(const std::wstring& relative)
     {
@@ -33,7 +51,7 @@ private:
         if (IsInterrupted() || !CanBeRead(directory)) {
             return;
         }
-        for (const std::wstring& name : ListFilesFilter(directory, m_filter, false)) {
+        for (const std::wstring& name : FileNames(directory)) {
             m_tree.files.push_back(relative + name);
         }
         for (const std::wstring& path : ListDirecoriesRecursive(directory)) {

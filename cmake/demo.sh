@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The demonstration: demo.sh AGENT DIR. Backs DIR up, damages the live copy, restores one part in
+# The demonstration: demo.sh AGENT DIR. Backs DIR up from a "snapshot" while the live files change, damages the live copy, restores one part in
 # place and the rest through two mappings while a second process holds two of the files, restarts, and compares every byte
 # with DIR.
 set -euo pipefail
@@ -9,6 +9,7 @@ agent=$1
 source=$2
 prefix=${KESTROVANE_PREFIX:-$root/build/wine}
 live=$prefix/drive_c/Demo/Live      # C:\Demo\Live
+snapshot=$prefix/drive_c/Demo/Snapshot # stands for the snapshot device of C:
 backup=$prefix/drive_d/Demo/Backup  # D:\Demo\Backup
 other=$prefix/drive_d/Demo/Restored # D:\Demo\Restored
 work=$root/build/demo
@@ -49,6 +50,34 @@ copy_to_live() {
     rm -rf "$prefix/drive_c/Demo" "$prefix/drive_d/Demo"
     mkdir -p "$live"
     tar -C "$source" --no-recursion --verbatim-files-from -T "$work/files" -cf - | tar -C "$live" -xf -
+}
+
+# A directory takes the place of the device that a real snapshot has. What changes afterwards must not be in the backup.
+take_snapshot() {
+    mkdir -p "$snapshot/Demo"
+    cp -a "$live" "$snapshot/Demo/Live"
+}
+
+change_after_snapshot() {
+    local number=0 file
+    while IFS= read -r file; do
+        chmod u+w "$live/$file"
+        case $((number++ % 2)) in
+        0) rm "$live/$file" ;;
+        1) printf 'changed after the snapshot\n' >>"$live/$file" ;;
+        esac
+    done <"$work/files"
+}
+
+# Counts the files of the backup that hold what they held when the snapshot was taken.
+compare_backup() {
+    local file
+    from_snapshot=0
+    while IFS= read -r file; do
+        cmp -s "$source/$file" "$backup/$file" && from_snapshot=$((from_snapshot + 1))
+    done <"$work/files"
+    [[ $from_snapshot -eq $(wc -l <"$work/files") ]] || { echo "demo: the backup holds changed files" >&2; exit 1; }
+    rm -rf "$live" && cp -a "$snapshot/Demo/Live" "$live"
 }
 
 # Chooses what the mappings cover, near to half of the files: a top directory with everything below it, and one extension.
@@ -116,6 +145,7 @@ summary() {
     say "Summary"
     printf '%-34s %12s\n' \
         "files backed up" "$(wc -l <"$work/files")" \
+        "with content of the snapshot" "$from_snapshot" \
         "left out (no Windows name)" "$(($(wc -l <"$work/all") - $(wc -l <"$work/files")))" \
         "restored in place, identical" "$in_place" \
         "restored elsewhere, identical" "$mapped" \
@@ -131,8 +161,14 @@ list_source
 copy_to_live
 choose_mappings
 
+say "Taking a snapshot of C:, then changing and deleting every live file"
+take_snapshot
+change_after_snapshot
+
 say "Backing up C:\\Demo\\Live (a copy of ${source##*/}) to D:\\Demo\\Backup"
-agent backup 'C:\Demo\Live' 'D:\Demo\Backup'
+agent backup 'C:\Demo\Live' 'D:\Demo\Backup' --snapshot 'C:=C:\Demo\Snapshot'
+compare_backup
+echo "All $from_snapshot files of the backup hold their content at the time of the snapshot."
 
 say "Deleting, cutting and overwriting the live files"
 damage_live

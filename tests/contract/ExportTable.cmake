@@ -1,4 +1,4 @@
-# What the DLL must export: the checked-in names, and the number of functions in the public header.
+# What the DLL must export: the checked-in names, the number of functions in the public header, and the names in the README.
 
 set(public_header ${PROJECT_SOURCE_DIR}/exports/Kestrovane.h)
 file(STRINGS ${public_header} declarations REGEX "^KESTROVANE_API ")
@@ -8,6 +8,11 @@ set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${exports_file} $
 file(STRINGS ${exports_file} exported_names)
 list(TRANSFORM exported_names REPLACE "(.+)" "    \"\\1\",")
 list(JOIN exported_names "\n" exported_names)
+set(readme ${PROJECT_SOURCE_DIR}/README.md)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${readme})
+file(STRINGS ${readme} readme_functions REGEX "^\\| `[A-Za-z0-9]+` \\|")
+list(TRANSFORM readme_functions REPLACE "^\\| `([A-Za-z0-9]+)`.*" "    \"\\1\",")
+list(JOIN readme_functions "\n" readme_functions)
 file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/include/tests/contract/ExportedNames.h CONTENT
 "// Made from tests/contract/exports.txt and the public header.
 
@@ -19,5 +24,9 @@ constexpr std::size_t kDeclaredFunctions = @declared_functions@; // in the publi
 
 constexpr const char* kExportedNames[] = {
 @exported_names@
+};
+
+constexpr const char* kReadmeFunctions[] = {
+@readme_functions@
 };
 " @ONLY)

@@ -60,7 +60,24 @@ std::set<void*> FunctionsOfTheHeader()
                      &DoExpandEnvironmentStrings, &isDirectoryExists, &isDirectoryReadWritable,
                      &RecursivelyCreateDirectory, &isFileExists, &IsFileExistsSnap, &IsCanReplaceFile, &getFileSize,
                      &ListFilesFilter, &ListFilesFilterRecursive, &ListDirecoriesRecursive, &DoCopyComponentFileToDir,
-                     &DoCopyComponentFile, &IsFileDescMatch, &MapRestorePath, &MapRestorePath1);
+                     &DoCopyComponentFile, &IsFileDescMatch, &MapRestorePath, &MapRestorePath1, &DeleteFilesFilter,
+                     &DeleteDirectoryRecursive, &CleanupDirectory, &CreateCacheFile, &MoveCacheFile,
+                     &CreateCacheFileList, &RestoreFileListCache,
+                     static_cast<bool (*)(std::vector<std::wstring>&)>(&DeleteCacheFileList),
+                     static_cast<bool (*)(std::map<std::wstring, std::wstring>&, wchar_t)>(&DeleteCacheFileList),
+                     &PrintStringVector, &PrintStringMap, &FindStringValueInMap, &FindStringKeyInMap, &IsVolume,
+                     &GetUniqueVolumeNameForPath, &GetUniqueVolumeNameForPathNoThrow, &GetNQUniqueVolumeNameForPath,
+                     &GetDisplayNameForVolumeNoThrow, &EnumVolumes, &GetVolumeMaxFreeSpace, &GetAvailableVolumeSpace,
+                     &GetTotalVolumeSpace, &BuildSnapshotFilePath, &IsRunsOnWinXP, &IsRunOnWin2003SP1Up,
+                     &ChangeObjectOwner);
+}
+
+// The name as it stands in the sources: "_Z11GetFileName..." holds its length.
+std::string PlainName(const std::string& mangled)
+{
+    std::size_t digits = 0;
+    const std::size_t length = std::stoul(mangled.substr(2), &digits);
+    return mangled.substr(2 + digits, length);
 }
 
 } // namespace
@@ -68,6 +85,17 @@ std::set<void*> FunctionsOfTheHeader()
 TEST(Exports, AreExactlyTheCheckedInNames)
 {
     EXPECT_EQ(CheckedInNames(), NamesInTheDll());
+}
+
+TEST(Exports, AreThoseOfTheReadmesTable)
+{
+    std::set<std::string> exported;
+    for (const char* name : kExportedNames) {
+        exported.insert(PlainName(name));
+    }
+    const std::set<std::string> described(std::begin(kReadmeFunctions), std::end(kReadmeFunctions));
+    EXPECT_EQ(described, exported);
+    EXPECT_EQ(described.size(), std::size(kReadmeFunctions)) << "a function stands in the table twice";
 }
 
 TEST(Exports, CheckedInNamesAreSorted)

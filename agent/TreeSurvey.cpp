@@ -1,6 +1,6 @@
-// What a deletion would take with it.
+// What a command that works through a tree would touch.
 
-#include "agent/DeletionSurvey.h"
+#include "agent/TreeSurvey.h"
 
 #include "agent/FileFacts.h"
 
@@ -28,7 +28,7 @@ public:
 
     void TakeTree(const std::wstring& directory, int level)
     {
-        if (level > kDeepestDeletion) {
+        if (level > kDeepestSurvey) {
             m_survey.tooDeep = true;
             return;
         }
@@ -46,16 +46,16 @@ public:
         }
     }
 
-    DeletionSurvey Result() { return std::move(m_survey); }
+    TreeSurvey Result() { return std::move(m_survey); }
 
 private:
     bool m_followLinks;
-    DeletionSurvey m_survey;
+    TreeSurvey m_survey;
 };
 
 } // namespace
 
-DeletionSurvey SurveyDeletion(const std::wstring& directory, const std::wstring& filter, bool followLinks)
+TreeSurvey SurveyTree(const std::wstring& directory, const std::wstring& filter, bool followLinks)
 {
     Surveyor surveyor(followLinks);
     if (filter.empty()) {

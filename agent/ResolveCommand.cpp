@@ -1,0 +1,49 @@
+// resolve: the volume and the parts of a path.
+
+#include "agent/Commands.h"
+
+#include "agent/Report.h"
+
+#include <Kestrovane.h>
+
+namespace agent {
+
+namespace {
+
+// An answer about an empty path consists of zeros.
+std::wstring UpToTerminator(const std::wstring& text)
+{
+    return text.c_str();
+}
+
+} // namespace
+
+int RunResolve(const ResolveOptions& options, const CommonOptions& common)
+{
+    Report report("resolve");
+    if (options.path.empty()) {
+        report.Fail(L"", L"an empty path has no volume");
+        return report.Finish(common.json);
+    }
+    const std::wstring unique = UpToTerminator(GetUniqueVolumeNameForPath(options.path));
+    std::wstring mountPath;
+    if (!GetDisplayNameForVolumeNoThrow(unique, mountPath)) {
+        mountPath.clear(); // a share, or a volume that Windows does not know
+    }
+    report.Set("path", options.path);
+    report.SetFlag("volumeRoot", IsVolume(options.path));
+    report.Set("uniqueName", unique);
+    report.Set("notQualifiedName", UpToTerminator(GetNQUniqueVolumeNameForPath(options.path)));
+    report.Set("mountPath", mountPath);
+    report.Set("drive", GetVolume(options.path));
+    report.Set("directory", GetPathFileName(options.path));
+    report.Set("name", GetFileName(options.path));
+    report.Set("withoutDrive", GetPathFileNameNoVolume(options.path));
+    report.Set("translated", GetPathFileTranslate(options.path));
+    if (unique.empty()) {
+        report.Fail(options.path, L"Windows knows no volume for it");
+    }
+    return report.Finish(common.json);
+}
+
+} // namespace agent
