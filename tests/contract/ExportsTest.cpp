@@ -54,22 +54,20 @@ std::set<void*> Addresses(Functions*... functions)
 // All functions of the public header, as a host calls them.
 std::set<void*> FunctionsOfTheHeader()
 {
-    return Addresses(&SetVssFileManagerLogger, &SendKA, &GetFileName, &GetPathFileName, &GetPathFileNameNoVolume,
-                     &GetVolume, &GetPathFileTranslate, &AppendBackslash, &IsEqual, &FindStringInList,
-                     &FindMatchStringInList, &WStringAfterWCHAR, &WStringBeforeWCHAR, &WString2UpperCase,
-                     &DoExpandEnvironmentStrings, &isDirectoryExists, &isDirectoryReadWritable,
-                     &RecursivelyCreateDirectory, &isFileExists, &IsFileExistsSnap, &IsCanReplaceFile, &getFileSize,
-                     &ListFilesFilter, &ListFilesFilterRecursive, &ListDirecoriesRecursive, &DoCopyComponentFileToDir,
-                     &DoCopyComponentFile, &IsFileDescMatch, &MapRestorePath, &MapRestorePath1, &DeleteFilesFilter,
-                     &DeleteDirectoryRecursive, &CleanupDirectory, &CreateCacheFile, &MoveCacheFile,
-                     &CreateCacheFileList, &RestoreFileListCache,
-                     static_cast<bool (*)(std::vector<std::wstring>&)>(&DeleteCacheFileList),
-                     static_cast<bool (*)(std::map<std::wstring, std::wstring>&, wchar_t)>(&DeleteCacheFileList),
-                     &PrintStringVector, &PrintStringMap, &FindStringValueInMap, &FindStringKeyInMap, &IsVolume,
-                     &GetUniqueVolumeNameForPath, &GetUniqueVolumeNameForPathNoThrow, &GetNQUniqueVolumeNameForPath,
-                     &GetDisplayNameForVolumeNoThrow, &EnumVolumes, &GetVolumeMaxFreeSpace, &GetAvailableVolumeSpace,
-                     &GetTotalVolumeSpace, &BuildSnapshotFilePath, &IsRunsOnWinXP, &IsRunOnWin2003SP1Up,
-                     &ChangeObjectOwner);
+    return Addresses(
+        &SetVssFileManagerLogger, &SendKA, &GetFileName, &GetPathFileName, &GetPathFileNameNoVolume, &GetVolume,
+        &GetPathFileTranslate, &AppendBackslash, &IsEqual, &FindStringInList, &FindMatchStringInList,
+        &WStringAfterWCHAR, &WStringBeforeWCHAR, &WString2UpperCase, &DoExpandEnvironmentStrings, &isDirectoryExists,
+        &isDirectoryReadWritable, &RecursivelyCreateDirectory, &isFileExists, &IsFileExistsSnap, &IsCanReplaceFile,
+        &getFileSize, &ListFilesFilter, &ListFilesFilterRecursive, &ListDirecoriesRecursive, &DoCopyComponentFileToDir,
+        &DoCopyComponentFile, &IsFileDescMatch, &MapRestorePath, &MapRestorePath1, &DeleteFilesFilter,
+        &DeleteDirectoryRecursive, &CleanupDirectory, &CreateCacheFile, &MoveCacheFile, &CreateCacheFileList,
+        &RestoreFileListCache, static_cast<bool (*)(std::vector<std::wstring>&)>(&DeleteCacheFileList),
+        static_cast<bool (*)(std::map<std::wstring, std::wstring>&, wchar_t)>(&DeleteCacheFileList), &PrintStringVector,
+        &PrintStringMap, &FindStringValueInMap, &FindStringKeyInMap, &IsVolume, &GetUniqueVolumeNameForPath,
+        &GetUniqueVolumeNameForPathNoThrow, &GetNQUniqueVolumeNameForPath, &GetDisplayNameForVolumeNoThrow,
+        &EnumVolumes, &GetVolumeMaxFreeSpace, &GetAvailableVolumeSpace, &GetTotalVolumeSpace, &BuildSnapshotFilePath,
+        &IsRunsOnWinXP, &IsRunOnWin2003SP1Up, &ChangeObjectOwner);
 }
 
 // The name as it stands in the sources: "_Z11GetFileName..." holds its length.
