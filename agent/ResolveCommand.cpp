@@ -13,7 +13,7 @@ namespace {
 // An answer about an empty path consists of zeros.
 std::wstring UpToTerminator(const std::wstring& text)
 {
-    return text.c_str();
+    return text.substr(0, text.find(L'\0'));
 }
 
 } // namespace

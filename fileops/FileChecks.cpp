@@ -28,8 +28,8 @@ FileProbe CVssFileManager::ProbeFile(const std::wstring& path)
     if (opened) {
         return FileProbe::kReadable;
     }
-    // An open that failed before it came to Windows (no descriptor left, for one) has an older last error.
-    const bool held = errno == EACCES && ::GetLastError() == ERROR_SHARING_VIOLATION;
+    // Without a free descriptor the runtime does not come to ask Windows, and the last error is an older one.
+    const bool held = errno != EMFILE && ::GetLastError() == ERROR_SHARING_VIOLATION;
     return held ? FileProbe::kHeld : FileProbe::kNotReadable;
 }
 

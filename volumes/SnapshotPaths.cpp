@@ -54,7 +54,8 @@ std::wstring SnapshotKey(const std::wstring& volumePath)
 // one character longer than `path`, its backslash.
 std::wstring_view RelativePart(std::wstring_view path, const std::wstring& volumePath)
 {
-    return volumePath.empty() ? path : path.substr(volumePath.size() - 1);
+    // Windows may answer with more than it was given, a drive for a path without one.
+    return volumePath.empty() ? path : path.substr(std::min(volumePath.size() - 1, path.size()));
 }
 
 void AppendSnapshotPath(std::wstring_view path, CComBSTR& result, std::map<std::wstring, std::wstring>& snapshots)
