@@ -158,7 +158,7 @@ TEST_F(FileManagerErrors, SetErrnoErrorTakesItsOwnTextAsSubject)
 TEST_F(FileManagerErrors, GetErrorTextGivesACopy)
 {
     manager.SetErrnoError(2, L"a");
-    std::wstring text = manager.GetErrorText();
+    auto&& text = manager.GetErrorText();
     text += L"more";
     EXPECT_EQ(L"errno: 2 a", manager.GetErrorText());
 }
