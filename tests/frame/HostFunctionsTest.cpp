@@ -239,7 +239,7 @@ TEST_F(SendKATest, NeverReadsItsArgument)
     EXPECT_EQ(withText, host.Events());
 }
 
-TEST_F(SendKATest, ChangesNeitherTheLastErrorNorTheStateOfTheFileManager)
+TEST_F(SendKATest, KeepsTheLastError)
 {
     ::SetLastError(1234);
     SendKA(nullptr);

@@ -19,7 +19,7 @@
 
 namespace {
 
-// Texts that no other part of the library's data looks like.
+// Values that nothing else in the library's data looks like.
 constexpr std::clock_t kFirstReading = 0x2B5C7D11;  // ticks
 constexpr std::clock_t kSecondReading = 0x2B7E9F33; // ticks
 constexpr std::clock_t kLaterReading = 0x2B8A4C55;  // ticks

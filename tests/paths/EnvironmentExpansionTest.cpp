@@ -141,6 +141,7 @@ TEST_F(EnvironmentExpansionTest, DoesNotAskWindowsWithoutAPercentSign)
     EXPECT_TRUE(g_calls.empty());
 }
 
+// The call is recorded on its way to Windows, the answer is real.
 TEST_F(EnvironmentExpansionTest, CompletesAResultOf259Characters)
 {
     const std::wstring value(kRoom - 1, L'v');
@@ -166,6 +167,7 @@ TEST_F(EnvironmentExpansionTest, CutsAResultOf260Characters)
     }
 }
 
+// The calls are recorded on their way, the answers are real.
 TEST_F(EnvironmentExpansionTest, TellsWindowsTheSameSmallRoomTwice)
 {
     const Variable variable(L"KV_LONG", std::wstring(300, L'v'));

@@ -35,7 +35,7 @@ std::wstring Letters(std::size_t count)
     return std::wstring(count, L'n');
 }
 
-// Lets nothing of the buffer unwritten, and gives no terminator.
+// Fills the whole buffer, without a terminator.
 wchar_t* __cdecl SpoilAndFail(wchar_t* buffer, int room)
 {
     std::fill_n(buffer, room, L'X');

@@ -172,7 +172,6 @@ TEST_F(RelativePathTest, HasNoDriveOnAShare)
     EXPECT_EQ(LR"(\dir\f.txt)", Absolute(LR"(\dir\f.txt)")) << "no drive to put in front";
 }
 
-// Simulation: the steps up and the way back are recorded.
 namespace {
 
 std::vector<std::wstring> g_changes;
@@ -191,6 +190,7 @@ int __cdecl RefuseChdir(const wchar_t* directory)
 
 } // namespace
 
+// Simulation: the steps up and the way back are recorded.
 TEST_F(RelativePathTest, MovesTheCurrentDirectoryOnlyToClimb)
 {
     const std::wstring here = tree.Directory(LR"(1\2)");
