@@ -10,8 +10,11 @@ list(TRANSFORM exported_names REPLACE "(.+)" "    \"\\1\",")
 list(JOIN exported_names "\n" exported_names)
 set(readme ${PROJECT_SOURCE_DIR}/README.md)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${readme})
-file(STRINGS ${readme} readme_functions REGEX "^\\| `[A-Za-z0-9]+` \\|")
-list(TRANSFORM readme_functions REPLACE "^\\| `([A-Za-z0-9]+)`.*" "    \"\\1\",")
+file(READ ${readme} readme_text)
+string(FIND "${readme_text}" "## Exported functions" table)
+string(SUBSTRING "${readme_text}" ${table} -1 readme_text)
+string(REGEX MATCHALL "\n\\| `[A-Za-z0-9]+`" readme_functions "${readme_text}")
+list(TRANSFORM readme_functions REPLACE ".*`([A-Za-z0-9]+)`" "    \"\\1\",")
 list(JOIN readme_functions "\n" readme_functions)
 file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/include/tests/contract/ExportedNames.h CONTENT
 "// Made from tests/contract/exports.txt and the public header.

@@ -133,12 +133,12 @@ TEST_F(RecursivelyCreateDirectoryTest, BeginsBelowTheDriveOrTheServer)
 }
 
 // A terminator hides the trailing backslash from the split: what stands before it is a name, without its extension.
-TEST_F(RecursivelyCreateDirectoryTest, NameBeforeATerminatorIsTheLastDirectory)
+TEST_F(RecursivelyCreateDirectoryTest, APathEndsAtATerminatorInsideIt)
 {
     const std::wstring hidden(L"\0hidden", 7);
     EXPECT_TRUE(RecursivelyCreateDirectory(tree.Path(LR"(a\b.c)") + hidden));
-    EXPECT_TRUE(IsDirectory(tree.Path(LR"(a\b)")));
-    EXPECT_FALSE(PathExists(tree.Path(LR"(a\b.c)")));
+    EXPECT_TRUE(IsDirectory(tree.Path(LR"(a\b.c)")));
+    EXPECT_FALSE(PathExists(tree.Path(LR"(a\b)")));
 }
 
 TEST_F(RecursivelyCreateDirectoryTest, MakesPathsOfMoreThan255CharactersWhole)
