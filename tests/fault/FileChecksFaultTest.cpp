@@ -137,13 +137,15 @@ TEST_F(IsCanReplaceFileFault, PathIsOpenedAsItIsGiven)
     std::wstring file = tree.File(L"file");
     std::wstring slashes = file;
     std::replace(slashes.begin(), slashes.end(), L'\\', L'/');
+    const std::wstring given = slashes;
     const ImportPatch opening("_wopen", &OpenAndRecord);
     const ImportPatch creating("CreateFileW", &CreateAndRecord);
     EXPECT_TRUE(IsCanReplaceFile(slashes));
+    EXPECT_EQ(given, slashes) << "the argument stays";
     const StringList calls = CallLog::Take();
     ASSERT_EQ(2U, calls.size());
     EXPECT_EQ(L"_wopen " + file + L" 0", calls[0]) << "existence is a question to the validated path";
-    EXPECT_TRUE(calls[1].starts_with(L"CreateFileW " + slashes)) << Utf8(calls[1]);
+    EXPECT_TRUE(calls[1].starts_with(L"CreateFileW " + given)) << Utf8(calls[1]);
 }
 
 TEST_F(IsCanReplaceFileFault, FileThatMayNotBeWrittenCannotBeReplaced)
@@ -177,6 +179,21 @@ TEST_F(IsCanReplaceFileFault, OnlyASharingViolationOfTheReaderMeansInUse)
         EXPECT_EQ(replaceable, IsCanReplaceFile(file)) << why;
     }
     EXPECT_EQ(StringList(), host.Lines());
+}
+
+// The question for attributes may meet a file that Windows itself holds; that says nothing about a refused path.
+TEST_F(IsCanReplaceFileFault, RefusedPathIsNotInUseWhateverTheLastErrorIs)
+{
+    const ImportPatch held(
+        "GetFileAttributesW", +[](LPCWSTR /*path*/) -> DWORD {
+            ::SetLastError(ERROR_SHARING_VIOLATION);
+            return INVALID_FILE_ATTRIBUTES;
+        });
+    for (std::wstring path : {tree.Path(L"a*b"), std::wstring()}) {
+        host.Clear();
+        EXPECT_TRUE(IsCanReplaceFile(path)) << Utf8(path);
+        EXPECT_EQ(ReportLines(ERROR_SHARING_VIOLATION), host.Lines()) << Utf8(path);
+    }
 }
 
 class GetFileSizeFault : public LibraryTest {

@@ -248,11 +248,3 @@ TEST_F(ListDirecoriesRecursiveTest, RefusedDirectoryIsReportedOnce)
     EXPECT_EQ(StringList(), ListDirecoriesRecursive(tree.Path(L"a?b")));
     EXPECT_EQ(ReportLines(ERROR_ACCESS_DENIED), host.Lines());
 }
-
-TEST_F(ListDirecoriesRecursiveTest, DoesNotHoldTheDirectoryAfterwards)
-{
-    const std::wstring directory = tree.Directory(LR"(dir\sub)");
-    ListDirecoriesRecursive(tree.Path(L"dir"));
-    EXPECT_TRUE(::RemoveDirectoryW(directory.c_str())) << ::GetLastError();
-    EXPECT_TRUE(::RemoveDirectoryW(tree.Path(L"dir").c_str())) << ::GetLastError();
-}
