@@ -1,4 +1,5 @@
 // The names that the DLL exports: hosts are linked against them, so each change of the list breaks some host.
+// A new function is added to exports.txt, in the order of its code units, and to FunctionsOfTheHeader below.
 
 #include <tests/contract/ExportedNames.h>
 
@@ -107,7 +108,7 @@ TEST(Exports, AllHaveNames)
     EXPECT_EQ(ExportDirectory().NumberOfNames, ExportDirectory().NumberOfFunctions);
 }
 
-TEST(Exports, EveryFunctionOfTheHeaderIsExportedAndNothingElse)
+TEST(Exports, EveryFunctionOfTheHeaderIsExported)
 {
     std::set<void*> exported;
     for (const char* name : kExportedNames) {
