@@ -82,8 +82,8 @@ Sid LookUpSid(const std::wstring& account)
     return sid;
 }
 
-// The access list of an object, which may be null; nothing after a failure, which is logged with the thread's last error.
-// The list lies in a security descriptor that is never freed, because Windows is not asked for its address.
+// The access list of an object, which may be null; nothing after a failure, which is logged with the thread's last
+// error. The list lies in a security descriptor that is never freed, because Windows is not asked for its address.
 std::optional<PACL> ReadAccessList(const std::wstring& path, const char* failureFormat)
 {
     g_pfnLogger(kProgressLevel, "Getting DACL for file/folder %S.\n", path.c_str());
@@ -97,8 +97,8 @@ std::optional<PACL> ReadAccessList(const std::wstring& path, const char* failure
     return std::nullopt;
 }
 
-// `list` with full access for an account, inherited by everything below; null after a failure, which is logged.
-UniqueAccessList WithFullAccess(PACL list, PSID sid, const std::wstring& path)
+// `list` with full access for an account, inherited by everything below; nothing after a failure, which is logged.
+std::optional<UniqueAccessList> WithFullAccess(PACL list, PSID sid, const std::wstring& path)
 {
     EXPLICIT_ACCESSW entry = {};
     entry.grfAccessPermissions = GENERIC_ALL;
@@ -113,7 +113,7 @@ UniqueAccessList WithFullAccess(PACL list, PSID sid, const std::wstring& path)
         // The path comes before the error on purpose: hosts take the arguments of this line as they are.
         g_pfnLogger(g_detailLevel, "Error creating new DACL for file/folder to include new owner - error %u.\n",
                     path.c_str(), static_cast<unsigned>(error));
-        return {};
+        return std::nullopt;
     }
     return UniqueAccessList(extended);
 }
@@ -146,8 +146,8 @@ bool GiveToAccount(std::wstring& path, const std::wstring& account)
         return false;
     }
     g_pfnLogger(kProgressLevel, "Modifying DACL to include new ACE for user %S.\n", account.c_str());
-    const UniqueAccessList extended = WithFullAccess(*list, sid.get(), path);
-    return extended && WriteOwnerAndAccessList(path, account, sid.get(), extended.Get());
+    const auto extended = WithFullAccess(*list, sid.get(), path);
+    return extended && WriteOwnerAndAccessList(path, account, sid.get(), extended->Get());
 }
 
 // One object, without what is below it. `account` is normalised.

@@ -13,7 +13,9 @@ public:
     AllocationFault& operator=(const AllocationFault&) = delete;
 
     bool Happened() const; // false: the call needs fewer allocations
+    int Live() const;      // allocations of the scope that have not been freed
 
 private:
     ImportPatch m_malloc;
+    ImportPatch m_free;
 };
