@@ -23,7 +23,7 @@ std::wstring KeyOfPath(const std::wstring& path)
     if (!::GetVolumePathNameW(path.c_str(), volume.data(), static_cast<DWORD>(volume.size()))) {
         return {};
     }
-    return KeyOf(volume.c_str());
+    return KeyOf(volume.substr(0, volume.find(L'\0')));
 }
 
 } // namespace

@@ -136,10 +136,11 @@ bool CVssFileManager::WalkDirectories(const std::wstring& directory, std::vector
     std::vector<SearchedDirectory> levels;
     const auto enter = [&](const std::wstring& path) {
         std::optional<SearchedDirectory> level = SearchSubdirectories(path);
-        if (level) {
-            levels.push_back(*std::move(level));
+        if (!level) {
+            return false;
         }
-        return level.has_value();
+        levels.push_back(*std::move(level));
+        return true;
     };
     if (!enter(directory)) {
         return false;

@@ -21,7 +21,7 @@ public:
 
     wchar_t* Data() noexcept { return m_text.data(); }
     DWORD Capacity() const noexcept { return static_cast<DWORD>(m_text.size() - 1); }
-    std::wstring Text() const { return m_text.c_str(); }
+    std::wstring Text() const { return m_text.substr(0, m_text.find(L'\0')); }
 
 private:
     std::wstring m_text;
@@ -68,7 +68,8 @@ std::wstring GetUniqueVolumeNameForPath(std::wstring path)
 {
     if (path.empty()) {
         // Not the empty text: hosts are prepared for the untouched buffer.
-        return std::wstring(MAX_PATH, L'\0');
+        path.assign(MAX_PATH, L'\0');
+        return path;
     }
     const auto volumePath = FindVolumePath(AppendBackslash(std::move(path)));
     if (!volumePath) {
