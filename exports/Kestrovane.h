@@ -87,7 +87,8 @@
 /// the library filters nothing. The result is ignored.
 ///
 /// Two formats pair %s with a wide path (see DeleteDirectoryRecursive), and one pairs %u with a wide path (see
-/// ChangeObjectOwner); a host that prints wide text itself has to know them. The platform's own printf stops at a %S argument with a character above U+00FF in the C locale.
+/// ChangeObjectOwner); a host that prints wide text itself has to know them. The platform's own printf stops at a %S
+/// argument with a character above U+00FF in the C locale.
 using VssFileManagerLogFn = int(__cdecl*)(int level, const char* format, ...);
 
 /// Tells the host that the library is still at work; `seconds` is how long to wait for the next sign of life

@@ -382,16 +382,17 @@ TEST_F(ChangeObjectOwnerSimulation, NormalisesTheAccountOnceMoreAtEveryLevel)
     calls.LookUpInstead(kAccount);
     tree.File(LR"(dir\f)");
     EXPECT_TRUE(ChangeObjectOwner(tree.Path(L"dir"), LR"(.\LocalSystem)"));
-    EXPECT_TRUE(ChangeObjectOwner(tree.Root(), LR"(.\.\x)"));
+    EXPECT_TRUE(ChangeObjectOwner(tree.Root(), LR"(.\.\.\x)"));
     StringList lookUps;
     for (const std::wstring& line : host.LinesAt(2)) {
         if (line.starts_with(L"Getting SID")) {
             lookUps.push_back(line);
         }
     }
-    EXPECT_EQ((StringList{L"Getting SID for user LocalSystem.\n", L"Getting SID for user NT AUTHORITY\\SYSTEM.\n",
-                          L"Getting SID for user .\\x.\n", L"Getting SID for user x.\n", L"Getting SID for user x.\n"}),
-              lookUps);
+    EXPECT_EQ(
+        (StringList{L"Getting SID for user LocalSystem.\n", L"Getting SID for user NT AUTHORITY\\SYSTEM.\n",
+                    L"Getting SID for user .\\.\\x.\n", L"Getting SID for user .\\x.\n", L"Getting SID for user x.\n"}),
+        lookUps);
 }
 
 TEST_F(ChangeObjectOwnerSimulation, TellsAFailedLookUpOfTheSidAndFreesBothBuffers)
