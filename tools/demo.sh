@@ -15,19 +15,19 @@ other=$prefix/drive_d/Demo/Restored # D:\Demo\Restored
 work=$root/build/demo
 
 agent() {
-    "$root/cmake/wine.sh" "$agent" "$@"
+    "$root/tools/wine.sh" "$agent" "$@"
 }
 
 # Opens a live file in a second process, which keeps it until the restart.
 hold() {
     local windows="C:\\Demo\\Live\\${1//\//\\}" ready
-    exec {holder}< <("$root/cmake/wine.sh" "${agent%/*}/kestrovane-holder.exe" "$windows" 2147483648 1 "demo-$1")
+    exec {holder}< <("$root/tools/wine.sh" "${agent%/*}/kestrovane-holder.exe" "$windows" 2147483648 1 "demo-$1")
     read -r -t 60 -u "$holder" ready && [[ $ready == ready* ]] || { echo "demo: $windows could not be held" >&2; exit 1; }
 }
 
 restart() {
-    "$root/cmake/wine.sh" stop
-    "$root/cmake/wine.sh" start
+    "$root/tools/wine.sh" stop
+    "$root/tools/wine.sh" start
 }
 
 say() {
