@@ -3,7 +3,7 @@
 #include "agent/FileFacts.h"
 
 #include "agent/Text.h"
-#include "frame/UniqueResource.h"
+#include "win32/UniqueResource.h"
 
 #include <Kestrovane.h>
 

@@ -2,7 +2,7 @@
 
 #include "agent/Sha256.h"
 
-#include "frame/UniqueResource.h"
+#include "win32/UniqueResource.h"
 
 #include <windows.h>
 

@@ -5,7 +5,7 @@
 #include "agent/FileFacts.h"
 #include "agent/Interrupt.h"
 #include "agent/Text.h"
-#include "frame/UniqueResource.h"
+#include "win32/UniqueResource.h"
 
 #include <Kestrovane.h>
 

@@ -2,7 +2,7 @@
 
 #include "agent/WholeFile.h"
 
-#include "frame/UniqueResource.h"
+#include "win32/UniqueResource.h"
 
 #include <windows.h>
 

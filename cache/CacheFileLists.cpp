@@ -1,4 +1,6 @@
-// Lists of cache files: creation for many live files, return beside them, removal.
+// Lists of cache files: their creation for many live files, their copy beside the live files, and their deletion.
+
+#include "cache/CacheFile.h"
 
 #include "frame/FileManager.h"
 
@@ -10,7 +12,7 @@
 
 namespace {
 
-// The path in an entry of a file list; nothing for the entries that get no cache file.
+// Returns the path of an entry of a file list; nothing for an entry that gets no cache file.
 std::optional<std::wstring> PathOfEntry(const std::wstring& entry, wchar_t separator)
 {
     if (separator == L'\0') {
@@ -33,21 +35,23 @@ bool CacheEntry(const std::wstring& entry, wchar_t separator, const std::wstring
     if (!CreateCacheFile(*path, cacheFile, prefix, useTempPath, copyOriginal)) {
         return false;
     }
+    UnnamedCacheFile created(cacheFile.c_str());
     cacheMap[WString2UpperCase(entry)] = WString2UpperCase(cacheFile);
+    created.Keep();
     return true;
 }
 
-// Deletes a cache file now or, when it is in use, at the next restart.
-void DeleteNowOrAtRestart(const std::wstring& path)
+// Deletes a cache file, or registers its deletion at the next reboot if it is in use.
+void DeleteNowOrAtReboot(const std::wstring& path)
 {
     if (path.empty() || ::DeleteFileW(path.c_str())) {
         return;
     }
-    // Best effort: there is no third way, so this result is not looked at.
+    // Deliberately unchecked: there is no further fallback.
     ::MoveFileExW(path.c_str(), nullptr, MOVEFILE_DELAY_UNTIL_REBOOT);
 }
 
-bool BringBeside(const std::wstring& liveFile, const std::wstring& cacheFile)
+bool CopyBeside(const std::wstring& liveFile, const std::wstring& cacheFile)
 {
     return g_fileManager.CopyToDirectoryAs(cacheFile, g_fileManager.DirectoryPart(liveFile),
                                            g_fileManager.FileNamePart(cacheFile));
@@ -71,7 +75,7 @@ bool DeleteCacheFileList(std::map<std::wstring, std::wstring>& cacheMap, wchar_t
 {
     try {
         for (const auto& [liveFile, cacheFile] : cacheMap) {
-            DeleteNowOrAtRestart(separator == L'\0' ? cacheFile : WStringAfterWCHAR(cacheFile, separator));
+            DeleteNowOrAtReboot(separator == L'\0' ? cacheFile : WStringAfterWCHAR(cacheFile, separator));
         }
         return true;
     } catch (...) {
@@ -82,8 +86,8 @@ bool DeleteCacheFileList(std::map<std::wstring, std::wstring>& cacheMap, wchar_t
 bool DeleteCacheFileList(std::vector<std::wstring>& paths)
 {
     try {
-        std::for_each(paths.begin(), paths.end(), DeleteNowOrAtRestart);
-    } catch (...) { // NOLINT(bugprone-empty-catch): unlike the other overload, true whatever happens
+        std::for_each(paths.begin(), paths.end(), DeleteNowOrAtReboot);
+    } catch (...) { // NOLINT(bugprone-empty-catch): deliberate, unlike the other overload true in every case
     }
     return true;
 }
@@ -93,11 +97,11 @@ bool RestoreFileListCache(std::map<std::wstring, std::wstring>& cacheMap)
     bool allCopied = true;
     try {
         for (const auto& [liveFile, cacheFile] : cacheMap) {
-            if (!BringBeside(liveFile, cacheFile)) {
+            if (!CopyBeside(liveFile, cacheFile)) {
                 allCopied = false;
             }
         }
-    } catch (...) { // NOLINT(bugprone-empty-catch): the result stands as it was
+    } catch (...) { // NOLINT(bugprone-empty-catch): deliberate, the result so far is returned
     }
     return allCopied;
 }

@@ -2,43 +2,46 @@
 
 # The objects on their own are what white-box tests link.
 add_library(kestrovane_objects OBJECT
-    exports/Module.cpp
-    frame/FailureReport.cpp
-    frame/FileManager.cpp
-    frame/FileManagerErrors.cpp
-    frame/InvalidParameter.cpp
-    frame/LogSinks.cpp
-    frame/ModuleState.cpp
-    paths/CurrentDirectory.cpp
-    paths/EnvironmentExpansion.cpp
-    paths/PathDecomposition.cpp
-    paths/PathSplit.cpp
-    paths/PathValidation.cpp
-    paths/StringHelpers.cpp
-    paths/StringMaps.cpp
+    cache/CacheFile.cpp
+    cache/CacheFileLists.cpp
     fileops/DirectoryChecks.cpp
     fileops/DirectoryCreation.cpp
+    fileops/DirectoryScan.cpp
+    fileops/DirectoryWalk.cpp
     fileops/FileChecks.cpp
     fileops/FileCopy.cpp
     fileops/FileDeletion.cpp
-    fileops/Listing.cpp
+    fileops/Listings.cpp
     fileops/TreeDeletion.cpp
+    frame/FailureReport.cpp
+    frame/FileManager.cpp
+    frame/LogSinks.cpp
+    frame/ModuleState.cpp
+    module/Module.cpp
+    paths/CurrentDirectory.cpp
+    paths/EnvironmentExpansion.cpp
+    paths/PathComponents.cpp
+    paths/PathDecomposition.cpp
+    paths/PathValidation.cpp
+    paths/StringHelpers.cpp
+    paths/StringMaps.cpp
+    restore/FileDesc.cpp
+    restore/RestorePathMapping.cpp
+    restore/SpecMatch.cpp
+    security/FolderWalk.cpp
+    security/ObjectOwner.cpp
     volumes/HardDiskManager.cpp
     volumes/SnapshotPaths.cpp
     volumes/VolumeEnumeration.cpp
     volumes/VolumeNames.cpp
     volumes/VolumeSpace.cpp
     volumes/WindowsVersion.cpp
-    security/ObjectOwner.cpp
-    restore/FileDesc.cpp
-    restore/RestorePathMapping.cpp
-    cache/CacheFile.cpp
-    cache/CacheFileLists.cpp)
+    win32/InvalidParameter.cpp)
 target_include_directories(kestrovane_objects PUBLIC exports ${PROJECT_SOURCE_DIR})
 target_compile_definitions(kestrovane_objects PRIVATE KESTROVANE_BUILD INTERFACE KESTROVANE_STATIC)
 target_link_libraries(kestrovane_objects PRIVATE kestrovane_strictness INTERFACE advapi32 oleaut32 shlwapi)
 
-configure_file(exports/Kestrovane.rc.in Kestrovane.rc @ONLY)
+configure_file(module/Kestrovane.rc.in Kestrovane.rc @ONLY)
 
 add_library(kestrovane SHARED ${PROJECT_BINARY_DIR}/Kestrovane.rc)
 set_target_properties(kestrovane PROPERTIES OUTPUT_NAME Kestrovane PREFIX "")

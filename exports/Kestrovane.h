@@ -182,7 +182,7 @@ KESTROVANE_API std::wstring WString2UpperCase(const std::wstring& text);
 /// A text without '%' is not looked at any further.
 ///
 /// Throws CAtlException (0x8007000E) when no string can be allocated; `text` is then as it was.
-KESTROVANE_API void DoExpandEnvironmentStrings(CComBSTR& text);
+KESTROVANE_API void DoExpandEnvironmentStrings(CComBSTR& string);
 
 // ---------------------------------------------------------------------------------------------------------
 // String maps and printing

@@ -2,8 +2,8 @@
 
 #include "frame/FileManager.h"
 
-#include "frame/UniqueResource.h"
 #include "paths/CurrentDirectory.h"
+#include "win32/UniqueResource.h"
 
 #include <windows.h>
 
@@ -11,42 +11,35 @@
 
 namespace {
 
-constexpr SECURITY_INFORMATION kOwnerGroupAndAccessList =
+constexpr SECURITY_INFORMATION kOwnerGroupAndDacl =
     OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
 
-// A token that is closed also when it could not be opened: the last error is then that of the close.
-class OpenedToken {
+// The process token. Kept for compatibility: it is closed even if it could not be opened, and the last error is then that
+// of the close.
+class ProcessToken {
 public:
-    OpenedToken() noexcept = default;
-    ~OpenedToken() { ::CloseHandle(m_token); }
-    OpenedToken(const OpenedToken&) = delete;
-    OpenedToken& operator=(const OpenedToken&) = delete;
+    ProcessToken() noexcept = default;
+    ~ProcessToken() { ::CloseHandle(m_token); }
+    ProcessToken(const ProcessToken&) = delete;
+    ProcessToken& operator=(const ProcessToken&) = delete;
 
-    HANDLE Get() const noexcept { return m_token; }
+    [[nodiscard]] HANDLE Get() const noexcept { return m_token; }
     HANDLE* Receive() noexcept { return &m_token; }
 
 private:
     HANDLE m_token = nullptr;
 };
 
-struct TokenTraits {
-    using Value = HANDLE;
-    static Value None() noexcept { return nullptr; }
-    static void Free(Value token) noexcept { ::CloseHandle(token); }
-};
-using UniqueToken = UniqueResource<TokenTraits>;
-
-// The security descriptor of a file or directory; null when it cannot be read.
-UniqueRuntimeMemory ReadSecurityDescriptor(const std::wstring& path)
+// Returns the security descriptor of a file or directory; null if it cannot be read.
+UniqueCrtMemory ReadSecurityDescriptor(const std::wstring& path)
 {
     DWORD size = 0;
-    if (::GetFileSecurityW(path.c_str(), kOwnerGroupAndAccessList, nullptr, 0, &size) ||
+    if (::GetFileSecurityW(path.c_str(), kOwnerGroupAndDacl, nullptr, 0, &size) ||
         ::GetLastError() != ERROR_INSUFFICIENT_BUFFER) {
         return nullptr;
     }
-    UniqueRuntimeMemory descriptor(std::malloc(size));
-    if (descriptor == nullptr ||
-        !::GetFileSecurityW(path.c_str(), kOwnerGroupAndAccessList, descriptor.get(), size, &size)) {
+    UniqueCrtMemory descriptor(std::malloc(size));
+    if (descriptor == nullptr || !::GetFileSecurityW(path.c_str(), kOwnerGroupAndDacl, descriptor.get(), size, &size)) {
         return nullptr;
     }
     return descriptor;
@@ -77,9 +70,7 @@ namespace quorvantavss {
 
 bool CVssFileManager::isDirectoryExists(const std::wstring& path)
 {
-    ClearErrorText();
-    if (path.empty()) {
-        ReportLastError();
+    if (!BeginOperation(path)) {
         return false;
     }
     std::wstring directory = path;
@@ -87,22 +78,24 @@ bool CVssFileManager::isDirectoryExists(const std::wstring& path)
         return false;
     }
     const CurrentDirectoryGuard restore;
-    return ChangeCurrentDirectory(directory);
-}
-
-bool CVssFileManager::isDirectoryReadWritable(const std::wstring& path)
-{
-    ClearErrorText();
-    if (path.empty()) {
+    if (!restore.CanRestore()) {
         ReportLastError();
         return false;
     }
-    const UniqueRuntimeMemory descriptor = ReadSecurityDescriptor(path);
+    return ChangeCurrentDirectory(directory);
+}
+
+bool CVssFileManager::isDirectoryReadWritable(const std::wstring& path, std::uint32_t /*accessMask*/)
+{
+    if (!BeginOperation(path)) {
+        return false;
+    }
+    const UniqueCrtMemory descriptor = ReadSecurityDescriptor(path);
     if (descriptor == nullptr) {
         return false;
     }
     constexpr DWORD kTokenAccess = TOKEN_DUPLICATE | TOKEN_IMPERSONATE | TOKEN_QUERY | READ_CONTROL;
-    OpenedToken processToken;
+    ProcessToken processToken;
     if (!::OpenProcessToken(::GetCurrentProcess(), kTokenAccess, processToken.Receive())) {
         return false;
     }
@@ -119,5 +112,6 @@ bool isDirectoryExists(const std::wstring& path)
 
 bool isDirectoryReadWritable(const std::wstring& path)
 {
-    return g_fileManager.isDirectoryReadWritable(path);
+    constexpr std::uint32_t kReadAndWrite = GENERIC_READ | GENERIC_WRITE;
+    return g_fileManager.isDirectoryReadWritable(path, kReadAndWrite);
 }

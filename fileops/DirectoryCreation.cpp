@@ -1,11 +1,11 @@
-// Creation of a directory with all its missing parents.
+// Creation of a directory with all missing parents.
 
 #include "frame/FileManager.h"
 
-#include "frame/RuntimeOutput.h"
-#include "frame/UniqueResource.h"
 #include "paths/CurrentDirectory.h"
-#include "paths/PathSplit.h"
+#include "paths/PathComponents.h"
+#include "win32/CrtPrintf.h"
+#include "win32/LastErrorGuard.h"
 
 #include <windows.h>
 
@@ -13,50 +13,51 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <string_view>
+#include <utility>
 
 namespace {
 
-// Where creation starts, and what is to be made below it, outermost first.
+// Where creation starts, and what is to be created below it, outermost first.
 struct CreationPlan {
-    std::wstring root; // a drive such as C:, a server such as \\server, or nothing
+    std::wstring root; // a drive such as C:, a server such as \\server, or empty
     std::vector<std::wstring> components;
 };
 
-// For \\server\share\dir\ the server takes the place of the drive: it cannot be made.
-void MoveServerToDrive(PathParts& parts)
-{
-    std::wstring& directory = parts.directory;
-    if (directory.size() <= 2 || !directory.starts_with(LR"(\\)")) {
-        return;
-    }
-    directory.erase(0, 2);
-    const auto separator = directory.find(L'\\');
-    if (separator != std::wstring::npos) {
-        parts.drive = LR"(\\)" + directory.substr(0, separator);
-        directory = directory.substr(separator, directory.size() - separator - 1);
-    }
-}
-
-// Doubled backslashes give empty components: they are tried like all others, and fail harmlessly.
-std::vector<std::wstring> CutAtBackslashes(const std::wstring& directory)
+// Doubled backslashes yield empty components. They are tried like all others, and fail harmlessly.
+std::vector<std::wstring> SplitComponents(std::wstring_view directory)
 {
     std::vector<std::wstring> components;
     auto start = directory.find_first_not_of(L'\\');
     while (start < directory.size()) {
         const auto end = std::min(directory.find(L'\\', start), directory.size());
-        components.push_back(directory.substr(start, end - start));
+        components.emplace_back(directory.substr(start, end - start));
         start = end + 1;
     }
     return components;
 }
 
+// For \\server\share\dir\ the server takes the place of the drive: it cannot be created.
+CreationPlan PlanShareCreation(std::wstring_view directory)
+{
+    constexpr std::size_t kPrefixLength = 2; // characters: the two backslashes
+    const auto separator = directory.find(L'\\', kPrefixLength);
+    if (separator == std::wstring_view::npos) {
+        return {{}, SplitComponents(directory.substr(kPrefixLength))};
+    }
+    const auto below = directory.substr(separator, directory.size() - separator - 1); // less the trailing backslash
+    return {std::wstring(directory.substr(0, separator)), SplitComponents(below)};
+}
+
 CreationPlan PlanCreation(const std::wstring& path)
 {
-    PathParts parts = SplitPath(path);
-    MoveServerToDrive(parts);
-    CreationPlan plan{parts.drive, CutAtBackslashes(parts.directory)};
-    if (!parts.name.empty()) {
-        plan.components.push_back(parts.name);
+    const PathComponents components(path);
+    const std::wstring_view directory = components.Directory();
+    const bool isShare = directory.size() > 2 && directory.starts_with(LR"(\\)");
+    CreationPlan plan = isShare ? PlanShareCreation(directory)
+                                : CreationPlan{std::wstring(components.Drive()), SplitComponents(directory)};
+    if (!components.Name().empty()) {
+        plan.components.emplace_back(components.Name());
     }
     return plan;
 }
@@ -65,13 +66,13 @@ void PrintUnreachableDirectory(const std::wstring& directory, int errnoCode)
 {
     switch (errnoCode) {
     case ENOENT:
-        RuntimePrintf("Unable to locate the directory: %S\n", directory.c_str());
+        CrtPrintf("Unable to locate the directory: %S\n", directory.c_str());
         break;
     case EINVAL:
-        RuntimePrintf("Invalid buffer.\n");
+        CrtPrintf("Invalid buffer.\n");
         break;
     default:
-        RuntimePrintf("Unknown error.\n");
+        CrtPrintf("Unknown error.\n");
         break;
     }
 }
@@ -82,9 +83,7 @@ namespace quorvantavss {
 
 bool CVssFileManager::RecursivelyCreateDirectory(const std::wstring& path)
 {
-    ClearErrorText();
-    if (path.empty()) {
-        ReportLastError();
+    if (!BeginOperation(path)) {
         return false;
     }
     std::wstring directory = path;
@@ -92,22 +91,24 @@ bool CVssFileManager::RecursivelyCreateDirectory(const std::wstring& path)
         return false;
     }
     const CurrentDirectoryGuard restore;
-    const std::wstring created = CreateComponents(directory);
-    if (!ChangeCurrentDirectory(created)) {
+    const std::wstring created = CreateComponents(directory, restore.CanRestore());
+    if (restore.CanRestore() && !ChangeCurrentDirectory(created)) {
         ReportUnreachableDirectory(created);
     }
-    // True on purpose, even if the directory could not be entered: callers that need to be sure ask
-    // isDirectoryExists afterwards.
+    // Deliberately true, even if the directory could not be entered: callers that need certainty call isDirectoryExists
+    // afterwards.
     return true;
 }
 
-// Gives the path that it has tried to make, component by component; no failure stops it.
-std::wstring CVssFileManager::CreateComponents(const std::wstring& directory)
+// Returns the path of the innermost component. No failure stops the creation.
+std::wstring CVssFileManager::CreateComponents(const std::wstring& directory, bool entersDirectories)
 {
     CreationPlan plan = PlanCreation(directory);
     std::wstring created = std::move(plan.root);
     for (const std::wstring& component : plan.components) {
-        ChangeCurrentDirectory(created);
+        if (entersDirectories) {
+            ChangeCurrentDirectory(created);
+        }
         created += L'\\';
         created += component;
         if (::_wmkdir(created.c_str()) == -1) {
@@ -120,7 +121,7 @@ std::wstring CVssFileManager::CreateComponents(const std::wstring& directory)
 void CVssFileManager::ReportUnreachableDirectory(const std::wstring& directory)
 {
     {
-        const LastErrorKeeper keeper;
+        const LastErrorGuard keepLastError;
         PrintUnreachableDirectory(directory, errno);
     }
     ReportLastError();

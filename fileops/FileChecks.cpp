@@ -2,7 +2,7 @@
 
 #include "frame/FileManager.h"
 
-#include "frame/UniqueResource.h"
+#include "win32/UniqueResource.h"
 
 #include <windows.h>
 
@@ -15,22 +15,18 @@ namespace quorvantavss {
 
 FileProbe CVssFileManager::ProbeFile(const std::wstring& path)
 {
-    ClearErrorText();
-    if (path.empty()) {
-        ReportLastError();
-        return FileProbe::kNotReadable;
-    }
     std::wstring file = path;
-    if (!ValidatePath(file)) {
+    if (!BeginOperation(path) || !ValidatePath(file)) {
         return FileProbe::kNotReadable;
     }
     const UniqueFileDescriptor opened(::_wopen(file.c_str(), _O_RDONLY));
     if (opened) {
         return FileProbe::kReadable;
     }
-    // Without a free descriptor the runtime does not come to ask Windows, and the last error is an older one.
-    const bool held = errno != EMFILE && ::GetLastError() == ERROR_SHARING_VIOLATION;
-    return held ? FileProbe::kHeld : FileProbe::kNotReadable;
+    if (errno == EMFILE) { // the runtime has not tried the file, and the last error is an older one
+        return FileProbe::kUnknown;
+    }
+    return ::GetLastError() == ERROR_SHARING_VIOLATION ? FileProbe::kSharingViolation : FileProbe::kNotReadable;
 }
 
 bool CVssFileManager::isFileExists(const std::wstring& path)
@@ -54,11 +50,12 @@ bool IsCanReplaceFile(std::wstring& path)
 {
     const DWORD attributes = ::GetFileAttributesW(path.c_str());
     switch (g_fileManager.ProbeFile(path)) {
-    case quorvantavss::FileProbe::kHeld:
+    case quorvantavss::FileProbe::kSharingViolation:
         return false;
     case quorvantavss::FileProbe::kNotReadable:
         return true;
     case quorvantavss::FileProbe::kReadable:
+    case quorvantavss::FileProbe::kUnknown:
         break;
     }
     const DWORD flags = attributes == INVALID_FILE_ATTRIBUTES ? 0 : attributes;

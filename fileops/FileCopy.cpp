@@ -1,8 +1,8 @@
-// Copy of one file into a directory, which is made first.
+// Copy of one file into a directory, which is created first.
 
 #include "frame/FileManager.h"
 
-#include "frame/UniqueResource.h"
+#include "win32/UniqueResource.h"
 
 #include <windows.h>
 
@@ -11,13 +11,13 @@ namespace {
 constexpr DWORD kCopyBlock = 8192; // bytes
 constexpr DWORD kSequentialFile = FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN;
 
-UniqueFileHandle OpenAlone(const std::wstring& path, DWORD access, DWORD disposition)
+UniqueFileHandle OpenExclusive(const std::wstring& path, DWORD access, DWORD disposition)
 {
     return UniqueFileHandle(::CreateFileW(path.c_str(), access, 0, nullptr, disposition, kSequentialFile, nullptr));
 }
 
-// True also when a read error ends the copy early: a restore keeps what could be read. false when the target did not
-// take a whole block; the target stays as it is then.
+// Deliberately true if a read error ends the copy early: a restore keeps what could be read. False if a block was not
+// written whole; the target stays as it is.
 bool CopyBlocks(HANDLE source, HANDLE target)
 {
     unsigned char block[kCopyBlock];
@@ -34,11 +34,11 @@ bool CopyBlocks(HANDLE source, HANDLE target)
 
 bool CopyBytes(const std::wstring& source, const std::wstring& target)
 {
-    const UniqueFileHandle from = OpenAlone(source, GENERIC_READ, OPEN_EXISTING);
+    const UniqueFileHandle from = OpenExclusive(source, GENERIC_READ, OPEN_EXISTING);
     if (!from) {
         return false;
     }
-    const UniqueFileHandle to = OpenAlone(target, GENERIC_WRITE, CREATE_ALWAYS);
+    const UniqueFileHandle to = OpenExclusive(target, GENERIC_WRITE, CREATE_ALWAYS);
     return to && CopyBlocks(from.Get(), to.Get());
 }
 
@@ -57,12 +57,10 @@ bool CVssFileManager::CopyToDirectoryAs(const std::wstring& source, const std::w
     return CopyInto(source, directory, &name);
 }
 
-// A null name stands for the source's own.
+// A null name stands for the name of the source.
 bool CVssFileManager::CopyInto(const std::wstring& source, const std::wstring& directory, const std::wstring* name)
 {
-    ClearErrorText();
-    if (source.empty()) {
-        ReportLastError();
+    if (!BeginOperation(source)) {
         return false;
     }
     std::wstring from = source;

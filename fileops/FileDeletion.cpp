@@ -1,41 +1,69 @@
-// Deletion of files and directories on the runtime library, and the clean-up of directories with long paths.
+// Deletion of the files of one directory, all of them or those that match a filter.
 
 #include "frame/FileManager.h"
 
-#include "frame/InvalidParameter.h"
+#include <windows.h>
 
-#include <direct.h>
 #include <io.h>
 
 #include <algorithm>
+#include <cerrno>
+
+namespace {
+
+using quorvantavss::CVssFileManager;
+
+// What a scan has found: files in their sorted order, and apart from them those whose names lead out of the directory.
+struct FilesToDelete {
+    std::vector<std::wstring> files;
+    std::vector<std::wstring> invalid;
+};
+
+// Deletes the files in their order. A file with an invalid name counts as one that cannot be deleted, at its place in
+// the order: later files are not tried.
+template <typename Delete>
+bool DeleteInOrder(CVssFileManager& manager, const FilesToDelete& found, Delete deleteOne)
+{
+    const auto invalid = std::min_element(found.invalid.begin(), found.invalid.end());
+    const bool hasInvalid = invalid != found.invalid.end();
+    const auto end =
+        hasInvalid ? std::lower_bound(found.files.begin(), found.files.end(), *invalid) : found.files.end();
+    if (!std::all_of(found.files.begin(), end, deleteOne)) {
+        return false;
+    }
+    if (hasInvalid) {
+        errno = EINVAL;
+        ::SetLastError(ERROR_INVALID_NAME);
+        manager.RecordErrno(*invalid);
+    }
+    return !hasInvalid;
+}
+
+} // namespace
 
 namespace quorvantavss {
 
-bool CVssFileManager::DeleteFileOrRecord(const std::wstring& path)
+bool CVssFileManager::DeleteOneFile(const std::wstring& path)
 {
-    if (::_wunlink(path.c_str()) == -1) {
+    if (!BeginOperation(path)) {
+        return false;
+    }
+    std::wstring file = path;
+    if (!ValidatePath(file)) {
+        return false;
+    }
+    if (::_wunlink(file.c_str()) == -1) {
         RecordErrno(path);
         return false;
     }
     return true;
 }
 
-bool CVssFileManager::DeleteOneFile(const std::wstring& path)
-{
-    ClearErrorText();
-    if (path.empty()) {
-        ReportLastError();
-        return false;
-    }
-    std::wstring valid = path;
-    return ValidatePath(valid) && DeleteFileOrRecord(valid);
-}
-
 bool CVssFileManager::DeleteMatchingFiles(const std::wstring& directory, const std::wstring& filter)
 {
-    std::vector<std::wstring> files;
-    ScanDirectory(filter, directory, files, true);
-    return std::all_of(files.begin(), files.end(), [this](const std::wstring& file) { return DeleteOneFile(file); });
+    FilesToDelete found;
+    ScanDirectory(filter, directory, found.files, true, &found.invalid);
+    return DeleteInOrder(*this, found, [this](const std::wstring& file) { return DeleteOneFile(file); });
 }
 
 bool CVssFileManager::DeleteFilesOf(const std::wstring& directory)
@@ -45,54 +73,18 @@ bool CVssFileManager::DeleteFilesOf(const std::wstring& directory)
     if (!NormalizeDirectoryPath(base)) {
         return false;
     }
-    std::vector<std::wstring> names;
-    if (!ScanDirectory(L"*.*", base, names, false)) {
+    FilesToDelete found;
+    if (!ScanDirectory(L"*.*", base, found.files, false, &found.invalid)) {
         return false;
     }
-    return std::all_of(names.begin(), names.end(),
-                       [&](const std::wstring& name) { return DeleteFileOrRecord(base + name); });
-}
-
-bool CVssFileManager::RemoveOneDirectory(const std::wstring& directory)
-{
-    ClearErrorText();
-    if (directory.empty()) {
-        ReportLastError();
-        return false;
-    }
-    std::wstring base = directory;
-    if (!NormalizeDirectoryPath(base) || !DeleteFilesOf(base)) {
-        return false;
-    }
-    if (::_wrmdir(base.c_str()) == -1) {
-        RecordErrno(base);
-    }
-    return true; // on purpose: only the files decide
-}
-
-bool CVssFileManager::CleanUpLongPath(const std::wstring& directory)
-{
-    ClearErrorText();
-    if (directory.empty()) {
-        ReportLastError();
-        return false;
-    }
-    std::wstring base = directory;
-    if (!NormalizeDirectoryPath(base)) {
-        return false;
-    }
-    std::vector<std::wstring> directories;
-    if (!WalkDirectories(base, directories)) {
-        return false;
-    }
-    // Hosts know this loop for not ending by itself: behind the first directory, and at once after a failure, it asks for
-    // an element that is not there, which is reported as an invalid parameter.
-    bool result = true;
-    for (std::size_t i = directories.size() - 1; i < directories.size() && result; --i) {
-        result = RemoveOneDirectory(directories[i]);
-    }
-    ReportInvalidParameter();
-    return result;
+    return DeleteInOrder(*this, found, [&](const std::wstring& name) {
+        const std::wstring file = base + name;
+        if (::_wunlink(file.c_str()) != 0) {
+            RecordErrno(file);
+            return false;
+        }
+        return true;
+    });
 }
 
 } // namespace quorvantavss
@@ -100,13 +92,4 @@ bool CVssFileManager::CleanUpLongPath(const std::wstring& directory)
 bool DeleteFilesFilter(const std::wstring& directory, const std::wstring& filter)
 {
     return g_fileManager.DeleteMatchingFiles(directory, filter);
-}
-
-bool CleanupDirectory(const std::wstring& directory)
-{
-    constexpr std::size_t kLongestForWin32 = 260; // characters
-    if (directory.size() <= kLongestForWin32) {
-        return DeleteDirectoryRecursive(directory.c_str()) != 0;
-    }
-    return g_fileManager.CleanUpLongPath(directory);
 }

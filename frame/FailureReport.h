@@ -1,18 +1,17 @@
-// Turning a Win32 error into log lines.
+// Reports of Win32 errors in the log.
 
 #pragma once
+
+#include "win32/UniqueResource.h"
 
 #include <Kestrovane.h>
 
 #include <windows.h>
 
-// The HRESULT of a Win32 error; a code that is 0 or negative is one already.
-inline HRESULT HResultFromWin32(DWORD error) noexcept
-{
-    const auto code = static_cast<HRESULT>(error);
-    return code <= 0 ? code : static_cast<HRESULT>((error & 0xFFFFU) | 0x80070000U);
-}
+// Returns the system's message for an error code; null if there is none.
+[[nodiscard]] UniqueLocalMemory<wchar_t> FormatSystemError(DWORD error);
 
-// Logs a title line, the HRESULT and, where Windows has one, its text for `error`. The title's format takes `name`
-// (wide) and the code. The thread's last error stays as it is.
-void LogWin32Failure(VssFileManagerLogFn log, int level, const char* titleFormat, const wchar_t* name, DWORD error);
+// Logs a title line, the HRESULT and, unless it is null, the system's message for `error`. The format of the title takes
+// `name` (wide) and the code. The thread's last error is unchanged, even if the logger changes it.
+void LogWin32Failure(VssFileManagerLogFn log, int level, const char* titleFormat, const wchar_t* name, DWORD error,
+                     const wchar_t* message);

@@ -1,18 +1,25 @@
-// The functions that stand in until the host registers its own.
+// The built-in host functions, in use until the host registers its own.
 
 #include "frame/LogSinks.h"
 
-#include "frame/RuntimeOutput.h"
+#include "win32/CrtPrintf.h"
 
 #include <cstdarg>
+#include <new>
 #include <string>
 
 namespace {
 
-void PrintPrefixed(const char* prefix, const char* format, va_list arguments)
+void PrintPrefixed(const char* prefix, const char* format, va_list arguments) noexcept
 {
-    const std::string prefixed = std::string(prefix) + format;
-    RuntimeVPrintf(prefixed.c_str(), arguments);
+    try {
+        const std::string prefixed = std::string(prefix) + format;
+        CrtVPrintf(prefixed.c_str(), arguments);
+    } catch (const std::bad_alloc&) {
+        // The same line in two steps, which need no memory.
+        CrtPrintf("%s", prefix);
+        CrtVPrintf(format, arguments);
+    }
 }
 
 } // namespace

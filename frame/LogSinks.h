@@ -1,11 +1,11 @@
-// The functions that stand in until the host registers its own.
+// The built-in host functions, in use until the host registers its own.
 
 #pragma once
 
-// Prints "Kestrovane: " and the formatted text to standard output.
+// Prints "Kestrovane: " and the formatted string to standard output. Throws nothing.
 int __cdecl DefaultLogSink(int level, const char* format, ...);
 
-// Prints the formatted text alone.
+// Prints the formatted string alone. Throws nothing.
 int __cdecl PlainLogSink(int level, const char* format, ...);
 
 // Does nothing.

@@ -1,4 +1,4 @@
-// The part of the module's state that is initialised data: it holds before any code of the module runs.
+// The part of the module's state that is initialised data: it is valid before any code of the module runs.
 
 #include "frame/ModuleState.h"
 

@@ -1,18 +1,20 @@
-// The process's current directory, as far as the library reads it, and its restoration.
+// The process's current directory: reading, changing and restoring it.
 
 #include "paths/CurrentDirectory.h"
 
-#include "frame/UniqueResource.h"
+#include "win32/LastErrorGuard.h"
 
 #include <windows.h>
 
 #include <direct.h>
 
 #include <cerrno>
+#include <cwchar>
 
 namespace {
 
-std::wstring ReadOverlongCurrentDirectory()
+// For a directory that does not fit the runtime's buffer. Empty if it cannot be read.
+std::wstring ReadLongCurrentDirectory()
 {
     std::wstring directory(::GetCurrentDirectoryW(0, nullptr), L'\0');
     const DWORD length = ::GetCurrentDirectoryW(static_cast<DWORD>(directory.size()), directory.data());
@@ -20,12 +22,24 @@ std::wstring ReadOverlongCurrentDirectory()
     return directory;
 }
 
+std::wstring ReadDirectoryToRestore()
+{
+    if (std::optional<std::wstring> directory = ReadCurrentDirectory()) {
+        return *std::move(directory);
+    }
+    const LastErrorGuard keepLastError;
+    return ReadLongCurrentDirectory();
+}
+
 } // namespace
 
-std::wstring ReadCurrentDirectory()
+std::optional<std::wstring> ReadCurrentDirectory()
 {
-    wchar_t directory[MAX_PATH] = {};
-    return ::_wgetcwd(directory, MAX_PATH) == nullptr ? std::wstring() : std::wstring(directory);
+    wchar_t directory[MAX_PATH];
+    if (::_wgetcwd(directory, MAX_PATH) == nullptr) {
+        return std::nullopt;
+    }
+    return std::wstring(directory, ::wcsnlen(directory, MAX_PATH));
 }
 
 bool ChangeCurrentDirectory(const std::wstring& directory)
@@ -33,18 +47,15 @@ bool ChangeCurrentDirectory(const std::wstring& directory)
     return ::_wchdir(directory.c_str()) != -1;
 }
 
-CurrentDirectoryGuard::CurrentDirectoryGuard() : m_saved(ReadCurrentDirectory())
-{
-    if (m_saved.empty()) {
-        const LastErrorKeeper keeper;
-        m_overlong = ReadOverlongCurrentDirectory();
-    }
-}
+CurrentDirectoryGuard::CurrentDirectoryGuard() : m_saved(ReadDirectoryToRestore()) {}
 
 CurrentDirectoryGuard::~CurrentDirectoryGuard()
 {
-    const LastErrorKeeper keeper;
+    if (!CanRestore()) {
+        return;
+    }
+    const LastErrorGuard keepLastError;
     const int errnoBefore = errno;
-    ChangeCurrentDirectory(m_saved.empty() ? m_overlong : m_saved);
+    ChangeCurrentDirectory(m_saved);
     errno = errnoBefore;
 }

@@ -1,17 +1,17 @@
-// The process's current directory, as far as the library reads it, and its restoration.
+// The process's current directory: reading, changing and restoring it.
 
 #pragma once
 
+#include <optional>
 #include <string>
 
-// The current directory; empty when it has 260 characters or more.
-std::wstring ReadCurrentDirectory();
+// Returns the current directory; nothing if it cannot be read or has 260 characters or more.
+[[nodiscard]] std::optional<std::wstring> ReadCurrentDirectory();
 
-// Changes the process's current directory; errno and the last error tell why not.
+// Changes the process's current directory. On failure, errno and the last error are those of the attempt.
 bool ChangeCurrentDirectory(const std::wstring& directory);
 
-// Remembers the process's current directory and goes back to it at the end of the scope, which leaves errno and
-// the thread's last error alone.
+// Restores the process's current directory at the end of the scope. errno and the thread's last error are unchanged.
 class CurrentDirectoryGuard {
 public:
     CurrentDirectoryGuard();
@@ -19,10 +19,9 @@ public:
     CurrentDirectoryGuard(const CurrentDirectoryGuard&) = delete;
     CurrentDirectoryGuard& operator=(const CurrentDirectoryGuard&) = delete;
 
-    // As ReadCurrentDirectory gave it at the start of the scope.
-    const std::wstring& Saved() const noexcept { return m_saved; }
+    // False if the current directory could not be read in any way. Nothing may then change it.
+    [[nodiscard]] bool CanRestore() const noexcept { return !m_saved.empty(); }
 
 private:
     std::wstring m_saved;
-    std::wstring m_overlong; // the directory that Saved() has no room for
 };

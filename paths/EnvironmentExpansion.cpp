@@ -2,7 +2,7 @@
 
 #include <Kestrovane.h>
 
-#include "frame/RuntimeOutput.h"
+#include "win32/CrtPrintf.h"
 
 #include <windows.h>
 
@@ -11,40 +11,40 @@
 
 namespace {
 
-constexpr DWORD kRoom = MAX_PATH; // characters, terminator included
+constexpr DWORD kCapacity = MAX_PATH; // characters, terminator included
 
-// The number of characters that the expansion needs, terminator included; 0 after a failure, which is printed.
-DWORD Expand(const wchar_t* text, wchar_t* expanded)
+// Returns the number of characters that the expansion needs, terminator included; 0 after a failure, which is printed.
+DWORD Expand(const wchar_t* string, wchar_t* expanded)
 {
-    const DWORD needed = ::ExpandEnvironmentStringsW(text, expanded, kRoom);
+    const DWORD needed = ::ExpandEnvironmentStringsW(string, expanded, kCapacity);
     if (needed == 0) {
         const DWORD error = ::GetLastError();
-        RuntimePrintf("ExpandEnvironmentStrings failed due to error %d.\n", static_cast<int>(error));
+        CrtPrintf("ExpandEnvironmentStrings failed due to error %d.\n", static_cast<int>(error));
     }
     return needed;
 }
 
 } // namespace
 
-void DoExpandEnvironmentStrings(CComBSTR& text)
+void DoExpandEnvironmentStrings(CComBSTR& string)
 {
-    if (text.m_str == nullptr || std::wcschr(text.m_str, L'%') == nullptr) {
+    if (string.m_str == nullptr || std::wcschr(string.m_str, L'%') == nullptr) {
         return;
     }
-    wchar_t expanded[kRoom] = {};
-    const DWORD needed = Expand(text.m_str, expanded);
+    wchar_t expanded[kCapacity + 1] = {}; // one more than Windows may fill: the string ends in any case
+    const DWORD needed = Expand(string.m_str, expanded);
     if (needed == 0) {
         return;
     }
-    if (needed <= kRoom) {
-        text = expanded;
+    if (needed <= kCapacity) {
+        string = expanded;
         return;
     }
-    // Windows is told the same small size again on purpose: hosts rely on long expansions being cut. The buffer is
-    // cleared, so that a text which Windows does not complete still ends inside it, and it is never given back.
-    auto* const overlong = static_cast<wchar_t*>(std::calloc(needed, sizeof(wchar_t)));
-    if (overlong != nullptr) {
-        Expand(text.m_str, overlong);
+    // Deliberately the same small size again: hosts rely on long expansions being cut. The buffer is zeroed, so that an
+    // incomplete expansion still ends inside it, and it is never freed.
+    auto* const incomplete = static_cast<wchar_t*>(std::calloc(needed, sizeof(wchar_t)));
+    if (incomplete != nullptr) {
+        Expand(string.m_str, incomplete);
     }
-    text = overlong;
-} // NOLINT(clang-analyzer-unix.Malloc): the buffer is kept, as said above
+    string = incomplete;
+} // NOLINT(clang-analyzer-unix.Malloc): deliberately kept

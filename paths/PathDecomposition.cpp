@@ -1,47 +1,53 @@
-// Parts of a path that the host asks for by name.
+// Decomposition of paths: file name, directory, drive, and the local path of a share.
 
 #include "frame/FileManager.h"
 
 #include <string_view>
+#include <utility>
+
+namespace {
+
+// Both cut the string that they are passed, so that a decomposition allocates one string alone.
+std::wstring AfterLast(wchar_t mark, std::wstring path)
+{
+    const auto position = path.rfind(mark);
+    path.erase(0, position == std::wstring::npos ? position : position + 1);
+    return path;
+}
+
+std::wstring BeforeLast(wchar_t mark, std::wstring path)
+{
+    const auto position = path.rfind(mark);
+    path.resize(position == std::wstring::npos ? 0 : position);
+    return path;
+}
+
+} // namespace
 
 namespace quorvantavss {
 
-std::wstring CVssFileManager::TextAfterLast(wchar_t mark, std::wstring path)
-{
-    if (!ValidatePath(path)) {
-        return {};
-    }
-    const auto position = path.rfind(mark);
-    return position == std::wstring::npos ? std::wstring() : path.substr(position + 1);
-}
-
-std::wstring CVssFileManager::TextBeforeLast(wchar_t mark, std::wstring path)
-{
-    if (!ValidatePath(path)) {
-        return {};
-    }
-    const auto position = path.rfind(mark);
-    return position == std::wstring::npos ? std::wstring() : path.substr(0, position);
-}
-
 std::wstring CVssFileManager::FileNamePart(const std::wstring& path)
 {
-    return TextAfterLast(L'\\', path);
+    std::wstring valid = path;
+    return ValidatePath(valid) ? AfterLast(L'\\', std::move(valid)) : std::wstring();
 }
 
 std::wstring CVssFileManager::DirectoryPart(const std::wstring& path)
 {
-    return TextBeforeLast(L'\\', path);
+    std::wstring valid = path;
+    return ValidatePath(valid) ? BeforeLast(L'\\', std::move(valid)) : std::wstring();
 }
 
 std::wstring CVssFileManager::PartWithoutDrive(const std::wstring& path)
 {
-    return TextAfterLast(L':', path);
+    std::wstring valid = path;
+    return ValidatePath(valid) ? AfterLast(L':', std::move(valid)) : std::wstring();
 }
 
 std::wstring CVssFileManager::DrivePart(const std::wstring& path)
 {
-    return TextBeforeLast(L':', path);
+    std::wstring valid = path;
+    return ValidatePath(valid) ? BeforeLast(L':', std::move(valid)) : std::wstring();
 }
 
 std::wstring CVssFileManager::TranslateSharePath(const std::wstring& path)

@@ -1,71 +1,99 @@
-// Turning the host's paths into absolute ones, and refusing those with characters that no name can have.
+// Validation of the host's paths: they become absolute, and characters that no name may have are rejected.
 
 #include "frame/FileManager.h"
 
 #include "paths/CurrentDirectory.h"
-#include "paths/PathSplit.h"
+#include "paths/PathComponents.h"
 
 #include <algorithm>
-#include <cwchar>
 #include <string_view>
 
 namespace {
 
 constexpr std::wstring_view kParentStep = LR"(..\)";
 constexpr std::wstring_view kSharePrefix = LR"(\\)"; // the extended-length prefix \\?\ begins with it, too
+constexpr std::size_t kValidatedLength = 255;        // characters of a component; the rest is not validated
 
 void UseBackslashes(std::wstring& path)
 {
     std::replace(path.begin(), path.end(), L'/', L'\\');
 }
 
-// Windows reads a path up to a terminator inside it. With more behind one, a listing would find the directory in its
-// own place again and again.
-void EndAtTerminator(std::wstring& path)
-{
-    path.resize(std::wcslen(path.c_str()));
-}
-
-// A directory of two characters has no prefix, not even if it is one.
-bool BeginsWith(const std::wstring& directory, std::wstring_view prefix)
+// A directory component of two characters has no prefix, not even if it equals one.
+bool BeginsWith(std::wstring_view directory, std::wstring_view prefix)
 {
     return directory.size() > 2 && directory.starts_with(prefix);
 }
 
-bool HasForbiddenCharacter(const PathParts& parts)
+bool HasInvalidCharacter(std::wstring_view component)
 {
-    constexpr const wchar_t* kForbidden = L":*?";
-    return parts.directory.find_first_of(kForbidden) != std::wstring::npos ||
-           parts.name.find_first_of(kForbidden) != std::wstring::npos ||
-           parts.extension.find_first_of(kForbidden) != std::wstring::npos;
+    const auto validated = component.substr(0, kValidatedLength);
+    return std::any_of(validated.begin(), validated.end(),
+                       [](wchar_t character) { return character == L':' || character == L'*' || character == L'?'; });
 }
 
-// The ancestor of the current directory that `parts` goes up to, followed by the last part of the path. What
-// stands between the two is left out on purpose: hosts give paths of the form ..\..\name.
-std::wstring ClimbFromCurrentDirectory(const PathParts& parts)
+bool HasInvalidCharacter(const PathComponents& components)
 {
+    return HasInvalidCharacter(components.Directory()) || HasInvalidCharacter(components.Name()) ||
+           HasInvalidCharacter(components.Extension());
+}
+
+// Returns the ancestor of the current directory that the parent steps lead to, followed by the name. Components between
+// the two are deliberately left out: hosts pass paths of the form ..\..\name. Nothing if the current directory cannot
+// be read.
+std::optional<std::wstring> ResolveParentSteps(const PathComponents& components)
+{
+    if (!ReadCurrentDirectory()) {
+        return std::nullopt;
+    }
     const CurrentDirectoryGuard restore;
-    std::wstring directory = parts.directory;
+    std::wstring_view directory = components.Directory().substr(0, kValidatedLength);
     while (BeginsWith(directory, kParentStep)) {
         ChangeCurrentDirectory(L"..");
-        directory.erase(0, kParentStep.size());
+        directory.remove_prefix(kParentStep.size());
     }
-    return ReadCurrentDirectory() + L'\\' + parts.name + parts.extension;
+    std::optional<std::wstring> path = ReadCurrentDirectory();
+    if (path) {
+        path->append(1, L'\\').append(components.Name()).append(components.Extension());
+    }
+    return path;
 }
 
-// Makes `path`, which has no drive, absolute. A rooted path takes the drive of the current directory, and its
-// `parts` become those of the current directory: these are what validation looks at then.
-void MakeAbsolute(std::wstring& path, PathParts& parts)
+// Prepends the current directory. If that is a root with its own backslash, two backslashes in a row are expected.
+bool PrependCurrentDirectory(std::wstring& path)
 {
-    if (BeginsWith(parts.directory, kParentStep)) {
-        path = ClimbFromCurrentDirectory(parts);
-    } else if (parts.directory.starts_with(L'\\')) {
-        parts = SplitPathForValidation(ReadCurrentDirectory());
-        path.insert(0, parts.drive);
-    } else {
-        // A root directory brings its own backslash: two in a row are wanted there.
-        path.insert(0, ReadCurrentDirectory() + L'\\');
+    const std::optional<std::wstring> current = ReadCurrentDirectory();
+    if (current) {
+        path.insert(0, 1, L'\\').insert(0, *current);
     }
+    return current.has_value();
+}
+
+// Prepends the drive of the current directory. Its components replace those of the path in the validation that follows.
+bool PrependCurrentDrive(std::wstring& path, PathComponents& components)
+{
+    const std::optional<std::wstring> current = ReadCurrentDirectory();
+    if (current) {
+        components.Split(*current);
+        path.insert(0, components.Drive());
+    }
+    return current.has_value();
+}
+
+// Makes a path without a drive absolute; false if that takes the current directory, which cannot be read.
+bool MakeAbsolute(std::wstring& path, PathComponents& components)
+{
+    if (BeginsWith(components.Directory(), kParentStep)) {
+        std::optional<std::wstring> resolved = ResolveParentSteps(components);
+        if (resolved) {
+            path = *std::move(resolved);
+        }
+        return resolved.has_value();
+    }
+    if (components.Directory().starts_with(L'\\')) {
+        return PrependCurrentDrive(path, components);
+    }
+    return PrependCurrentDirectory(path);
 }
 
 } // namespace
@@ -75,14 +103,18 @@ namespace quorvantavss {
 bool CVssFileManager::ValidatePath(std::wstring& path)
 {
     UseBackslashes(path);
-    PathParts parts = SplitPathForValidation(path);
-    if (parts.drive.empty()) {
-        if (BeginsWith(parts.directory, kSharePrefix)) {
+    PathComponents components(path);
+    if (components.Drive().empty()) {
+        if (BeginsWith(components.Directory(), kSharePrefix)) {
             return true;
         }
-        MakeAbsolute(path, parts);
+        // Without a current directory, the path would lead to the root of the drive.
+        if (!MakeAbsolute(path, components)) {
+            ReportLastError();
+            return false;
+        }
     }
-    if (HasForbiddenCharacter(parts)) {
+    if (HasInvalidCharacter(components)) {
         ReportLastError();
         return false;
     }
@@ -91,7 +123,6 @@ bool CVssFileManager::ValidatePath(std::wstring& path)
 
 bool CVssFileManager::NormalizeDirectoryPath(std::wstring& path)
 {
-    EndAtTerminator(path);
     UseBackslashes(path);
     if (!path.empty() && path.back() != L'\\') {
         path += L'\\';

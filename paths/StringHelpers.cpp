@@ -6,19 +6,20 @@
 #include <cctype>
 #include <cwchar>
 #include <cwctype>
+#include <utility>
 
 namespace {
 
-std::wstring ToLower(std::wstring text)
+std::wstring ToLower(std::wstring string)
 {
-    std::transform(text.begin(), text.end(), text.begin(),
+    std::transform(string.begin(), string.end(), string.begin(),
                    [](wchar_t character) { return static_cast<wchar_t>(::towlower(character)); });
-    return text;
+    return string;
 }
 
-bool ContainsIgnoringCase(std::wstring text, std::wstring fragment)
+bool ContainsIgnoringCase(std::wstring string, std::wstring fragment)
 {
-    return ToLower(std::move(text)).find(ToLower(std::move(fragment))) != std::wstring::npos;
+    return ToLower(std::move(string)).find(ToLower(std::move(fragment))) != std::wstring::npos;
 }
 
 } // namespace
@@ -28,34 +29,35 @@ bool IsEqual(std::wstring first, std::wstring second)
     return ::_wcsicmp(first.c_str(), second.c_str()) == 0;
 }
 
-bool FindStringInList(std::wstring text, std::vector<std::wstring> list)
+bool FindStringInList(std::wstring string, std::vector<std::wstring> list)
+{
+    return std::any_of(list.begin(), list.end(), [&string](const std::wstring& element) {
+        return ::_wcsicmp(string.c_str(), element.c_str()) == 0;
+    });
+}
+
+bool FindMatchStringInList(std::wstring string, std::vector<std::wstring> list)
 {
     return std::any_of(list.begin(), list.end(),
-                       [&text](const std::wstring& element) { return ::_wcsicmp(text.c_str(), element.c_str()) == 0; });
+                       [&string](const std::wstring& fragment) { return ContainsIgnoringCase(string, fragment); });
 }
 
-bool FindMatchStringInList(std::wstring text, std::vector<std::wstring> list)
+std::wstring WStringAfterWCHAR(std::wstring string, wchar_t character)
 {
-    return std::any_of(list.begin(), list.end(),
-                       [&text](const std::wstring& fragment) { return ContainsIgnoringCase(text, fragment); });
+    const auto position = string.find(character);
+    return position == std::wstring::npos ? string : string.substr(position + 1);
 }
 
-std::wstring WStringAfterWCHAR(std::wstring text, wchar_t character)
+std::wstring WStringBeforeWCHAR(std::wstring string, wchar_t character)
 {
-    const auto position = text.find(character);
-    return position == std::wstring::npos ? text : text.substr(position + 1);
+    const auto position = string.find(character);
+    return position == std::wstring::npos ? string : string.substr(0, position);
 }
 
-std::wstring WStringBeforeWCHAR(std::wstring text, wchar_t character)
+std::wstring WString2UpperCase(const std::wstring& string)
 {
-    const auto position = text.find(character);
-    return position == std::wstring::npos ? text : text.substr(0, position);
-}
-
-std::wstring WString2UpperCase(const std::wstring& text)
-{
-    // The narrow toupper, although the text is wide: it leaves every character above 127 alone.
-    std::wstring upper = text;
+    // Deliberately the narrow toupper: it leaves every character above 127 unchanged.
+    std::wstring upper = string;
     std::transform(upper.begin(), upper.end(), upper.begin(),
                    [](wchar_t character) { return static_cast<wchar_t>(std::toupper(character)); });
     return upper;

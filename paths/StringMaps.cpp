@@ -1,4 +1,4 @@
-// Lists and maps of strings in the host's log, and look-ups that log what they see.
+// Lists and maps of strings in the host's log, and map look-ups that log the entries they visit.
 
 #include <Kestrovane.h>
 
@@ -24,13 +24,13 @@ void LogEntry(const Entry& entry)
     g_pfnLogger(g_detailLevel, "key: '%S' ---->  value: '%S'  \n", entry.first.c_str(), entry.second.c_str());
 }
 
-// The value of the first entry whose `part`, key or value, equals `text` without regard to case. The entries are
-// visited one by one, because the map's own search regards case.
-std::wstring ValueOfFirstMatch(const StringMap& map, const std::wstring Entry::*part, const std::wstring& text)
+// Returns the value of the first entry whose `part`, key or value, equals `sought` ignoring case. Deliberately a linear
+// search: the map's own search is case-sensitive.
+std::wstring ValueOfFirstMatch(const StringMap& map, const std::wstring Entry::*part, const std::wstring& sought)
 {
     for (const Entry& entry : map) {
         LogEntry(entry);
-        if (::_wcsicmp(text.c_str(), (entry.*part).c_str()) == 0) {
+        if (::_wcsicmp(sought.c_str(), (entry.*part).c_str()) == 0) {
             g_pfnLogger(g_detailLevel, "Match !!! \n");
             return entry.second;
         }
@@ -65,6 +65,6 @@ std::wstring FindStringValueInMap(std::wstring key, std::map<std::wstring, std::
 std::wstring FindStringKeyInMap(std::wstring value, std::map<std::wstring, std::wstring> map)
 {
     g_pfnLogger(g_detailLevel, "Find a value :'%S'\n", value.c_str());
-    // The stored value on purpose, in spite of the name: hosts ask how a text is spelled in the map.
+    // Deliberately the stored value, in spite of the name: hosts ask how a string is spelled in the map.
     return ValueOfFirstMatch(map, &Entry::second, value);
 }

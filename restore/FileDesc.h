@@ -1,33 +1,35 @@
-// A file description: a directory, a file specification and whether everything below the directory is meant, too.
+// A file description: a directory, a file pattern and whether everything below the directory is included.
 
 #pragma once
 
 #include <Kestrovane.h>
 
+#include <string_view>
+
 class FileDesc {
 public:
-    // Takes upper-case copies. Null texts are empty; an empty directory is taken as the root "\".
-    // Throws CAtlException (E_OUTOFMEMORY) when a copy cannot be made.
+    // Takes upper-case copies. Null strings are empty; an empty directory counts as the root "\".
+    // Throws CAtlException (E_OUTOFMEMORY) if a copy cannot be allocated.
     FileDesc(const wchar_t* path, const wchar_t* spec, bool recursive);
 
-    // Whether some name fits both specifications, which may both hold '*' and '?'. Case counts.
-    // Throws CAtlException (E_OUTOFMEMORY) when there is no memory for a row of answers.
-    static bool IsSpecMatch(const wchar_t* first, const wchar_t* second);
+    // Whether some name matches both patterns, which may both hold '*' and '?'. Case-sensitive.
+    [[nodiscard]] static bool IsSpecMatch(const wchar_t* first, const wchar_t* second);
 
-    // Whether the directories of two descriptions overlap, as far as their recursive flags reach.
-    bool PathOverlaps(const FileDesc& other) const;
+    // Whether some file matches both descriptions. Throws CAtlException if two folders must be compared and memory is
+    // short.
+    [[nodiscard]] bool Overlaps(FileDesc& other);
 
-    // Whether some file fits both descriptions.
-    bool Overlaps(const FileDesc& other) const;
-
-    const wchar_t* Path() const noexcept { return m_path.m_str; }
-    const wchar_t* Spec() const noexcept { return m_spec.m_str; }
-    bool IsRecursive() const noexcept { return m_recursive; }
+    // The directory, always with a trailing backslash. Throws CAtlException if it cannot be appended.
+    [[nodiscard]] const wchar_t* Path();
+    [[nodiscard]] const wchar_t* Spec() const noexcept { return m_spec.m_str; }
+    [[nodiscard]] bool IsRecursive() const noexcept { return m_recursive; }
 
 private:
-    bool IsInTreeOf(const FileDesc& root) const;
+    [[nodiscard]] std::wstring_view PathWithoutBackslash() const noexcept;
+    [[nodiscard]] bool IsInTreeOf(const FileDesc& root) const noexcept;
+    [[nodiscard]] bool PathOverlaps(FileDesc& other);
 
-    CComBSTR m_path; // ends with a backslash
+    CComBSTR m_path; // its trailing backslash is appended at the first use, which most comparisons do not need
     CComBSTR m_spec;
     bool m_recursive;
 };

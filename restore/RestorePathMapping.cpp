@@ -3,106 +3,114 @@
 #include "restore/FileDesc.h"
 
 #include "frame/ModuleState.h"
+#include "win32/Bstr.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <new>
+#include <string_view>
 
 namespace {
 
 // How a function reads the path of a mapping.
 enum class MappingPath { kAsWritten, kWithoutTrailingBackslash };
 
-// The files that a mapping covers, and how much of their paths its alternate location replaces.
-struct Coverage {
-    FileDesc files;
-    std::size_t length; // characters
-};
-
-Coverage CoverageOf(const VSS_ALTERNATE_MAPPING& mapping, MappingPath reading)
-{
-    const std::wstring& path = mapping.path;
-    if (reading == MappingPath::kWithoutTrailingBackslash && path.ends_with(L'\\')) {
-        const std::size_t length = path.size() - 1;
-        const CComBSTR trimmed(static_cast<int>(length), path.c_str());
-        return {FileDesc(trimmed.m_str, mapping.fileSpec.c_str(), mapping.recursive), length};
-    }
-    return {FileDesc(path.c_str(), mapping.fileSpec.c_str(), mapping.recursive), path.size()};
-}
-
 const char* TrueOrFalse(bool value)
 {
     return value ? "true" : "false";
 }
 
-// The two conditions are for the reader of the log; they change nothing.
-void LogMatch(const FileDesc& query, const Coverage& coverage, std::size_t inputLength)
+// The two conditions inform the reader of the log; they change nothing.
+void LogMatch(FileDesc& query, FileDesc& mapping, std::size_t mappingLength, std::size_t inputLength)
 {
-    const FileDesc& mapping = coverage.files;
     g_pfnLogger(kProgressLevel, "<query>   '%S', Spec = '%S',Recursive='%s'\n ", query.Path(), query.Spec(),
                 TrueOrFalse(query.IsRecursive()));
     g_pfnLogger(kProgressLevel, "<mapping> '%S', Spec = '%S',Recursive='%s'\n ", mapping.Path(), mapping.Spec(),
                 TrueOrFalse(mapping.IsRecursive()));
-    if (mapping.IsRecursive() || inputLength == coverage.length) {
+    if (mapping.IsRecursive() || inputLength == mappingLength) {
         g_pfnLogger(kProgressLevel, "Condition 1\n");
     }
-    if (coverage.length <= inputLength) {
+    if (mappingLength <= inputLength) {
         g_pfnLogger(kProgressLevel, "Condition 2\n");
     }
 }
 
-// The alternate location followed by what the input has after the covered length; nothing where it is shorter.
-CComBSTR Relocate(const CComBSTR& input, std::size_t coveredLength, const std::wstring& alternateLocation)
-{
-    CComBSTR relocated(alternateLocation.c_str());
-    const auto covered = static_cast<unsigned int>(std::min<std::size_t>(coveredLength, input.Length()));
-    const HRESULT appended = relocated.Append(input.m_str + covered, static_cast<int>(input.Length() - covered));
-    if (FAILED(appended)) {
-        throw CAtlException(appended);
-    }
-    return relocated;
-}
-
-// The host knows one exception of the mapping functions, whichever string could not be allocated.
-void AssignText(std::wstring& target, const CComBSTR& text)
+// The host expects one exception of the mapping functions, whichever string could not be allocated.
+void AssignOrThrow(std::wstring& target, std::wstring_view string)
 {
     try {
-        target.assign(text.m_str == nullptr ? L"" : text.m_str);
+        target.assign(string);
     } catch (const std::bad_alloc&) {
         throw CAtlException(E_OUTOFMEMORY);
     }
 }
 
-// The first mapping that covers the file decides, even if a later one fits it better.
-bool MapPath(std::wstring& path, const std::wstring& spec, const std::vector<VSS_ALTERNATE_MAPPING>& mappings,
-             MappingPath reading, bool logs)
+// Returns the alternate location followed by the input after the mapped length; nothing follows if the input is shorter.
+CComBSTR Relocate(const CComBSTR& input, std::size_t mappedLength, const std::wstring& alternateLocation)
 {
-    const CComBSTR input(path.c_str());
-    if (mappings.empty()) {
-        return false;
+    CComBSTR relocated(alternateLocation.c_str());
+    const std::size_t mapped = std::min<std::size_t>(mappedLength, input.Length());
+    AppendOrThrow(relocated, input.m_str + mapped, input.Length() - mapped);
+    return relocated;
+}
+
+// The first mapping that covers the file is used, even if a later one is more specific.
+class Mapper {
+public:
+    Mapper(const std::wstring& path, MappingPath reading, bool logs)
+        : m_input(path.c_str()), m_reading(reading), m_logs(logs)
+    {
     }
-    const FileDesc query(input.m_str, spec.c_str(), false);
-    for (const VSS_ALTERNATE_MAPPING& mapping : mappings) {
-        const Coverage coverage = CoverageOf(mapping, reading);
-        if (!coverage.files.Overlaps(query)) {
-            continue;
+
+    bool Map(std::wstring& path, const std::wstring& spec, const std::vector<VSS_ALTERNATE_MAPPING>& mappings)
+    {
+        if (mappings.empty()) {
+            return false;
         }
-        if (logs) {
-            LogMatch(query, coverage, input.Length());
+        FileDesc query(m_input.m_str, spec.c_str(), false);
+        return std::any_of(mappings.begin(), mappings.end(),
+                           [&](const VSS_ALTERNATE_MAPPING& mapping) { return Apply(mapping, query, path); });
+    }
+
+private:
+    bool Apply(const VSS_ALTERNATE_MAPPING& mapping, FileDesc& query, std::wstring& path)
+    {
+        const std::wstring& mappingPath = Read(mapping.path);
+        FileDesc files(mappingPath.c_str(), mapping.fileSpec.c_str(), mapping.recursive);
+        if (!files.Overlaps(query)) {
+            return false;
         }
-        AssignText(path, Relocate(input, coverage.length, mapping.alternateLocation));
+        if (m_logs) {
+            LogMatch(query, files, mappingPath.size(), m_input.Length());
+        }
+        const CComBSTR relocated = Relocate(m_input, mappingPath.size(), mapping.alternateLocation);
+        AssignOrThrow(path, {relocated.m_str, relocated.Length()});
         return true;
     }
-    return false;
-}
+
+    const std::wstring& Read(const std::wstring& mappingPath)
+    {
+        if (m_reading == MappingPath::kAsWritten || !mappingPath.ends_with(L'\\')) {
+            return mappingPath;
+        }
+        AssignOrThrow(m_shortened, std::wstring_view(mappingPath).substr(0, mappingPath.size() - 1));
+        return m_shortened;
+    }
+
+    CComBSTR m_input;
+    MappingPath m_reading;
+    bool m_logs;
+    std::wstring m_shortened; // a buffer for all mappings
+};
 
 } // namespace
 
 bool MapRestorePath(std::wstring& path, std::wstring& spec, std::vector<VSS_ALTERNATE_MAPPING>& mappings)
 {
-    return MapPath(path, spec, mappings, MappingPath::kAsWritten, true);
+    return Mapper(path, MappingPath::kAsWritten, true).Map(path, spec, mappings);
 }
 
 bool MapRestorePath1(std::wstring& path, std::wstring& spec, std::vector<VSS_ALTERNATE_MAPPING>& mappings)
 {
-    return MapPath(path, spec, mappings, MappingPath::kWithoutTrailingBackslash, false);
+    return Mapper(path, MappingPath::kWithoutTrailingBackslash, false).Map(path, spec, mappings);
 }

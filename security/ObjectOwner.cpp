@@ -1,33 +1,29 @@
-// Giving restored files and folders to an account: as their owner, and with full access.
+// The owner change of restored files and folders: an account becomes the owner and gets full access.
 
 #include <Kestrovane.h>
 
 #include "frame/ModuleState.h"
-#include "frame/UniqueResource.h"
+#include "security/FolderWalk.h"
+#include "win32/LifoStack.h"
+#include "win32/UniqueResource.h"
 
 #include <windows.h>
 
 #include <aclapi.h>
 #include <shlwapi.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cwchar>
 #include <memory>
 #include <optional>
-#include <stack>
 #include <string_view>
+#include <utility>
 
 namespace {
 
 constexpr int kKeepAliveThreshold = 570; // whole seconds; the host waits for 600
-constexpr int kLongWait = 10800;         // seconds: Windows may carry a folder's new list to a whole tree
-
-struct AccessListTraits {
-    using Value = PACL;
-    static Value None() noexcept { return nullptr; }
-    static void Free(Value list) noexcept { ::LocalFree(list); }
-};
-using UniqueAccessList = UniqueResource<AccessListTraits>;
+constexpr int kLongWait = 10800;         // seconds; Windows may propagate a folder's new DACL to a whole tree
 
 using Sid = std::unique_ptr<std::byte[]>;
 
@@ -42,7 +38,7 @@ void KeepHostAlive()
     }
 }
 
-// The name as Windows looks it up.
+// Returns the name as Windows looks it up.
 std::wstring NormalizedAccount(std::wstring account)
 {
     constexpr std::wstring_view kThisMachine = LR"(.\)";
@@ -55,7 +51,7 @@ std::wstring NormalizedAccount(std::wstring account)
     return account;
 }
 
-// Null after a failure, which is logged.
+// Returns null after a failure, which is logged.
 Sid LookUpSid(const std::wstring& account)
 {
     g_pfnLogger(kProgressLevel, "Getting SID for user %S.\n", account.c_str());
@@ -72,7 +68,7 @@ Sid LookUpSid(const std::wstring& account)
         }
     }
     auto sid = std::make_unique<std::byte[]>(sidSize);
-    std::wstring domain(domainLength, L'\0'); // Windows wants to tell it
+    std::wstring domain(domainLength, L'\0'); // required by Windows, not used
     if (!::LookupAccountNameW(nullptr, account.c_str(), sid.get(), &sidSize, domain.data(), &domainLength, &use)) {
         const DWORD error = ::GetLastError();
         g_pfnLogger(g_detailLevel, "Error calling LookupAccountName( ) to get SId for account %S - error %u.\n",
@@ -82,23 +78,24 @@ Sid LookUpSid(const std::wstring& account)
     return sid;
 }
 
-// The access list of an object, which may be null; nothing after a failure, which is logged with the thread's last
-// error. The list lies in a security descriptor that is never freed, because Windows is not asked for its address.
-std::optional<PACL> ReadAccessList(const std::wstring& path, const char* failureFormat)
+// Returns the DACL of an object, which may be null; nothing after a failure, which is logged with the thread's last
+// error. Kept for compatibility: the security descriptor that holds the DACL is never freed, because Windows is not asked
+// for its address.
+std::optional<PACL> ReadDacl(const std::wstring& path, const char* failureFormat)
 {
     g_pfnLogger(kProgressLevel, "Getting DACL for file/folder %S.\n", path.c_str());
-    PACL list = nullptr;
-    if (::GetNamedSecurityInfoW(path.c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr, &list,
+    PACL dacl = nullptr;
+    if (::GetNamedSecurityInfoW(path.c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr, &dacl,
                                 nullptr, nullptr) == ERROR_SUCCESS) {
-        return list;
+        return dacl;
     }
     const DWORD error = ::GetLastError();
     g_pfnLogger(g_detailLevel, failureFormat, path.c_str(), static_cast<unsigned>(error));
     return std::nullopt;
 }
 
-// `list` with full access for an account, inherited by everything below; nothing after a failure, which is logged.
-std::optional<UniqueAccessList> WithFullAccess(PACL list, PSID sid, const std::wstring& path)
+// Returns `dacl` with full access for an account, inherited by everything below; null after a failure, which is logged.
+std::optional<UniqueLocalMemory<ACL>> WithFullAccess(PACL dacl, PSID sid, const std::wstring& path)
 {
     EXPLICIT_ACCESSW entry = {};
     entry.grfAccessPermissions = GENERIC_ALL;
@@ -108,23 +105,23 @@ std::optional<UniqueAccessList> WithFullAccess(PACL list, PSID sid, const std::w
     entry.Trustee.TrusteeType = TRUSTEE_IS_USER;
     entry.Trustee.ptstrName = static_cast<wchar_t*>(sid);
     PACL extended = nullptr;
-    const DWORD error = ::SetEntriesInAclW(1, &entry, list, &extended);
+    const DWORD error = ::SetEntriesInAclW(1, &entry, dacl, &extended);
     if (error != ERROR_SUCCESS) {
-        // The path comes before the error on purpose: hosts take the arguments of this line as they are.
+        // Deliberately the path first, although the format takes the error alone: hosts know the arguments of this line.
         g_pfnLogger(g_detailLevel, "Error creating new DACL for file/folder to include new owner - error %u.\n",
                     path.c_str(), static_cast<unsigned>(error));
         return std::nullopt;
     }
-    return UniqueAccessList(extended);
+    return UniqueLocalMemory<ACL>(extended);
 }
 
 // After a failure, which is logged, the host keeps the long wait.
-bool WriteOwnerAndAccessList(std::wstring& path, const std::wstring& account, PSID sid, PACL list)
+bool WriteOwnerAndDacl(std::wstring& path, const std::wstring& account, PSID sid, PACL dacl)
 {
     g_pfnKeepAlive(kLongWait);
     const DWORD error =
         ::SetNamedSecurityInfoW(path.data(), SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION,
-                                sid, nullptr, list, nullptr);
+                                sid, nullptr, dacl, nullptr);
     if (error != ERROR_SUCCESS) {
         g_pfnLogger(g_detailLevel, "Error setting owner for account %S to user %S - error %u.\n", path.c_str(),
                     account.c_str(), static_cast<unsigned>(error));
@@ -141,66 +138,51 @@ bool GiveToAccount(std::wstring& path, const std::wstring& account)
     if (sid == nullptr) {
         return false;
     }
-    const auto list = ReadAccessList(path, "Error getting DACL for %S - error %u.\n");
-    if (!list) {
+    const auto dacl = ReadDacl(path, "Error getting DACL for %S - error %u.\n");
+    if (!dacl) {
         return false;
     }
     g_pfnLogger(kProgressLevel, "Modifying DACL to include new ACE for user %S.\n", account.c_str());
-    const auto extended = WithFullAccess(*list, sid.get(), path);
-    return extended && WriteOwnerAndAccessList(path, account, sid.get(), extended->Get());
+    const auto extended = WithFullAccess(*dacl, sid.get(), path);
+    return extended && WriteOwnerAndDacl(path, account, sid.get(), extended->get());
 }
 
-// One object, without what is below it. `account` is normalised.
+// Changes one object without what is below it, and normalises `account`.
 bool ChangeOneObject(std::wstring& path, std::wstring& account)
 {
     KeepHostAlive();
     account = NormalizedAccount(std::move(account));
-    return GiveToAccount(path, account) && ReadAccessList(path, "Error getting DACL %S - error %u.\n").has_value();
+    return GiveToAccount(path, account) && ReadDacl(path, "Error getting DACL %S - error %u.\n").has_value();
 }
 
-// A folder whose entries are changed one after the other.
-class FolderWalk {
-public:
-    FolderWalk(std::wstring folder, std::wstring account) : m_folder(std::move(folder)), m_account(std::move(account))
-    {
-    }
+// The folders from the top to the current object. They are on the heap: a tree can be deeper than the stack allows.
+using OpenFolders = LifoStack<FolderWalk>;
 
-    // Steps to the first or next entry other than "." and ".."; false behind the last one, and in a folder that
-    // cannot be searched.
-    bool Next()
-    {
-        do {
-            if (!(m_search ? ::FindNextFileW(m_search.Get(), &m_entry) != FALSE : Open())) {
-                return false;
-            }
-        } while (std::wcscmp(m_entry.cFileName, L".") == 0 || std::wcscmp(m_entry.cFileName, L"..") == 0);
-        return true;
-    }
-
-    std::wstring EntryPath() const { return AppendBackslash(m_folder) + m_entry.cFileName; }
-    const std::wstring& Account() const noexcept { return m_account; }
-
-private:
-    bool Open()
-    {
-        m_search.Reset(::FindFirstFileW((m_folder + LR"(\*.*)").c_str(), &m_entry));
-        return static_cast<bool>(m_search);
-    }
-
-    std::wstring m_folder;
-    std::wstring m_account;
-    WIN32_FIND_DATAW m_entry = {};
-    UniqueFindHandle m_search;
-};
-
-// The folders on the way down to the current object, innermost on top. They stand on the heap, because a tree can be
-// deeper than the caller's stack.
-using OpenFolders = std::stack<FolderWalk>;
-
-void EnterIfFolder(const std::wstring& path, const std::wstring& account, OpenFolders& folders)
+void EnterIfFolder(const std::wstring& path, const std::wstring& account, OpenFolders& open)
 {
     if (::PathIsDirectoryW(path.c_str())) {
-        folders.emplace(path, account);
+        open.Push(FolderWalk(path, account));
+    }
+}
+
+// Whether an entry is a reparse point that leads back to a folder on the way down. Entered, it would lead there for ever.
+bool LeadsToOpenFolder(const FolderWalk& folder, const std::wstring& path, OpenFolders& open)
+{
+    if (!folder.IsAtReparsePoint()) {
+        return false;
+    }
+    const std::optional<FileIdentity> identity = ReadFileIdentity(path);
+    return identity && std::any_of(open.begin(), open.end(),
+                                   [&identity](FolderWalk& openFolder) { return openFolder.Identity() == identity; });
+}
+
+void ChangeEntry(const FolderWalk& folder, OpenFolders& open)
+{
+    std::wstring path = folder.EntryPath();
+    // Deliberately normalised once more at every level: an account named .\LocalSystem is another one below.
+    std::wstring account = folder.Account();
+    if (ChangeOneObject(path, account) && !LeadsToOpenFolder(folder, path, open)) {
+        EnterIfFolder(path, account, open);
     }
 }
 
@@ -208,22 +190,19 @@ void EnterIfFolder(const std::wstring& path, const std::wstring& account, OpenFo
 
 bool ChangeObjectOwner(std::wstring path, std::wstring account)
 {
+    // Windows reads the path up to its first NUL. With characters after it, a folder would be found inside itself.
+    path.resize(std::wcslen(path.c_str()));
     if (!ChangeOneObject(path, account)) {
         return false;
     }
-    OpenFolders folders;
-    EnterIfFolder(path, account, folders);
-    while (!folders.empty()) {
-        FolderWalk& folder = folders.top();
-        if (!folder.Next()) {
-            folders.pop();
-            continue;
-        }
-        std::wstring entry = folder.EntryPath();
-        // Normalised once more at every level, on purpose: an account named .\LocalSystem is another one below.
-        std::wstring entryAccount = folder.Account();
-        if (ChangeOneObject(entry, entryAccount)) {
-            EnterIfFolder(entry, entryAccount, folders);
+    OpenFolders open;
+    EnterIfFolder(path, account, open);
+    while (!open.IsEmpty()) {
+        FolderWalk& folder = open.Top();
+        if (folder.Next()) {
+            ChangeEntry(folder, open);
+        } else {
+            open.Pop();
         }
     }
     return true;

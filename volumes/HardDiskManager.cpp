@@ -1,4 +1,4 @@
-// Queries about volumes: their mount paths and their space.
+// Queries about volumes: mount paths and space.
 
 #include "volumes/HardDiskManager.h"
 
@@ -8,14 +8,14 @@
 
 namespace {
 
-constexpr DWORD kUsualRoom = MAX_PATH + 1; // characters
+constexpr DWORD kUsualCapacity = MAX_PATH + 1; // characters
 
-// Cuts a list of names, each with its terminator, that ends with an empty name.
-std::vector<std::wstring> CutAtTerminators(const wchar_t* names)
+// Splits a list of NUL-terminated strings that ends with an empty string.
+std::vector<std::wstring> SplitMultiSz(const wchar_t* strings)
 {
     std::vector<std::wstring> list;
-    for (const wchar_t* name = names; *name != L'\0'; name += std::wcslen(name) + 1) {
-        list.emplace_back(name);
+    for (const wchar_t* string = strings; *string != L'\0'; string += list.back().size() + 1) {
+        list.emplace_back(string);
     }
     return list;
 }
@@ -44,16 +44,19 @@ bool CHardDiskManager::QueryDiskSpace(const wchar_t* directory) noexcept
 
 std::vector<std::wstring> CHardDiskManager::GetVolumePathNames(const wchar_t* volumeName)
 {
-    DWORD length = kUsualRoom;
+    DWORD capacity = kUsualCapacity;
     for (;;) {
-        // Two terminators behind what Windows may write end the list in any case.
-        std::vector<wchar_t> names(std::size_t{length} + 2);
-        if (::GetVolumePathNamesForVolumeNameW(volumeName, names.data(), length, &length)) {
-            return CutAtTerminators(names.data());
+        // Two NULs after what Windows may write end the list in any case.
+        std::vector<wchar_t> names(std::size_t{capacity} + 2);
+        DWORD needed = capacity;
+        if (::GetVolumePathNamesForVolumeNameW(volumeName, names.data(), capacity, &needed)) {
+            return SplitMultiSz(names.data());
         }
-        if (::GetLastError() != ERROR_MORE_DATA) {
+        // A length that does not grow would be asked for again and again.
+        if (::GetLastError() != ERROR_MORE_DATA || needed <= capacity) {
             return {};
         }
+        capacity = needed;
     }
 }
 

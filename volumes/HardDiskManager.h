@@ -1,6 +1,6 @@
-// The one disk-space object: where volumes are mounted and how much room they have.
+// The one disk-space object: mount paths and space of volumes.
 //
-// A query leaves its numbers in the object, so none is safe for two threads at once.
+// A query stores its numbers in the object, so no two threads may query at once.
 
 #pragma once
 
@@ -17,15 +17,18 @@ public:
     CHardDiskManager(const CHardDiskManager&) = delete;
     CHardDiskManager& operator=(const CHardDiskManager&) = delete;
 
-    // Asks for the space of the volume that holds `directory`. On failure the numbers stay those of the last success.
-    bool QueryDiskSpace(const wchar_t* directory) noexcept;
+    // Queries the space of the volume that contains `directory`. On failure, the numbers of the last success stay.
+    [[nodiscard]] bool QueryDiskSpace(const wchar_t* directory) noexcept;
 
     // The numbers of the last successful query, in bytes.
-    std::uint64_t FreeBytesAvailable() const noexcept { return m_freeBytesAvailable; } // after the caller's quotas
-    std::uint64_t TotalBytes() const noexcept { return m_totalBytes; }
+    [[nodiscard]] std::uint64_t FreeBytesAvailable() const noexcept
+    {
+        return m_freeBytesAvailable;
+    } // after the caller's quotas
+    [[nodiscard]] std::uint64_t TotalBytes() const noexcept { return m_totalBytes; }
 
-    // The mount paths of a volume in Windows' order; empty when it has none and when they cannot be read.
-    std::vector<std::wstring> GetVolumePathNames(const wchar_t* volumeName);
+    // Returns the mount paths of a volume in Windows' order; empty if it has none or they cannot be read.
+    [[nodiscard]] std::vector<std::wstring> GetVolumePathNames(const wchar_t* volumeName);
 
 private:
     std::uint64_t m_freeBytesAvailable = 0;

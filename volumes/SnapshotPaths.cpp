@@ -1,24 +1,27 @@
-// The path under which a live file is reached inside the snapshot of its volume.
+// The path of a live file inside the snapshot of its volume.
 
 #include <Kestrovane.h>
+
+#include "win32/Bstr.h"
 
 #include <windows.h>
 
 #include <algorithm>
 #include <cwchar>
-#include <exception>
 #include <string_view>
 
 namespace {
 
 constexpr std::size_t kDriveRootLength = 3; // characters: C:\ and the like
 
-// `path` with a backslash at its end, in a string that is one character longer than `path` in any case.
+// Returns `path` with a trailing backslash, in a string that is one character longer than `path` in any case.
 CComBSTR WithBackslash(std::wstring_view path)
 {
-    CComBSTR directory(static_cast<int>(path.size()) + 1);
+    CComBSTR directory = ZeroedBstr(path.size() + 1);
     wchar_t* const end = std::copy(path.begin(), path.end(), directory.m_str);
-    *end = path.ends_with(L'\\') ? L'\0' : L'\\';
+    if (!path.ends_with(L'\\')) {
+        *end = L'\\';
+    }
     return directory;
 }
 
@@ -27,59 +30,60 @@ bool BeginsWithDriveRoot(std::wstring_view directory)
     return directory.size() >= kDriveRootLength && directory[1] == L':' && directory[2] == L'\\';
 }
 
-// The path of the volume or share that holds `directory`; empty when Windows knows none.
-std::wstring FindVolumePath(const CComBSTR& directory)
+// Writes the path of the volume or share that contains `directory`, which ends with a backslash, into `volumePath`, a
+// buffer of the same length. Leaves the buffer empty if Windows knows no such volume.
+void QueryVolumePathInto(const CComBSTR& directory, const CComBSTR& volumePath)
 {
-    const unsigned int room = directory.Length();
-    const CComBSTR volumePath(static_cast<int>(room));
-    if (::GetVolumePathNameW(directory.m_str, volumePath.m_str, room)) {
-        return volumePath.m_str;
+    const unsigned int capacity = directory.Length();
+    if (::GetVolumePathNameW(directory.m_str, volumePath.m_str, capacity)) {
+        // The buffer is one character too small for a volume path that was given without its backslash. Some systems
+        // then succeed with a shortened string.
+        const std::size_t length = std::wcslen(volumePath.m_str);
+        if (length > 0 && length < capacity && volumePath.m_str[length - 1] != L'\\') {
+            volumePath.m_str[length] = L'\\';
+        }
+        return;
     }
-    // The terminator has no room when the path is a volume path without its backslash. Of a bare drive (C:), the volume
-    // path can be told without Windows; a bare mount folder counts as a folder of its drive.
-    if (::GetLastError() == ERROR_FILENAME_EXCED_RANGE && BeginsWithDriveRoot(directory.m_str)) {
-        return {directory.m_str, kDriveRootLength};
+    const DWORD error = ::GetLastError();
+    std::fill_n(volumePath.m_str, capacity, L'\0');
+    // Others fail. The volume path of a bare drive (C:) is known all the same; a bare mount folder counts as a folder of
+    // its drive.
+    if (error == ERROR_FILENAME_EXCED_RANGE && BeginsWithDriveRoot(directory.m_str)) {
+        std::copy_n(directory.m_str, kDriveRootLength, volumePath.m_str);
     }
-    return {};
 }
 
-// What the host's map calls the volume: its volume name, or, for a share, which has none, its volume path.
-std::wstring SnapshotKey(const std::wstring& volumePath)
+// Returns the key of the volume in the host's map: its volume name or, for a share, which has none, its volume path.
+std::wstring SnapshotKey(const CComBSTR& volumePath)
 {
-    wchar_t name[MAX_PATH] = {};
-    return ::GetVolumeNameForVolumeMountPointW(volumePath.c_str(), name, MAX_PATH) ? name : volumePath;
-}
-
-// The part of `path` below its volume, with the backslash in front; all of it without a volume. The volume path is at most
-// one character longer than `path`, its backslash.
-std::wstring_view RelativePart(std::wstring_view path, const std::wstring& volumePath)
-{
-    // Windows may answer with more than it was given, a drive for a path without one.
-    return volumePath.empty() ? path : path.substr(std::min(volumePath.size() - 1, path.size()));
-}
-
-void AppendSnapshotPath(std::wstring_view path, CComBSTR& result, std::map<std::wstring, std::wstring>& snapshots)
-{
-    const std::wstring volumePath = FindVolumePath(WithBackslash(path));
-    // A volume without a snapshot gets an empty entry in the host's map, and nothing in front of the relative part.
-    std::wstring snapshotPath = snapshots[SnapshotKey(volumePath)];
-    snapshotPath += RelativePart(path, volumePath);
-    // In one piece, so that a failure leaves the result as it was.
-    const HRESULT appended = result.Append(snapshotPath.c_str(), static_cast<int>(snapshotPath.size()));
-    if (FAILED(appended)) {
-        throw CAtlException(appended);
+    wchar_t name[MAX_PATH + 1] = {}; // one more than Windows may fill
+    if (::GetVolumeNameForVolumeMountPointW(volumePath.m_str, name, MAX_PATH)) {
+        return name;
     }
+    const CComBSTR sharePath(static_cast<int>(volumePath.Length()), volumePath.m_str);
+    return ToWString(sharePath);
+}
+
+// Returns the part of `path` below its volume, with its leading backslash; the whole path without a volume.
+std::wstring_view RelativePart(std::wstring_view path, std::size_t volumePathLength)
+{
+    // Windows may return more than it was passed: a drive for a path without one.
+    return volumePathLength == 0 ? path : path.substr(std::min(volumePathLength - 1, path.size()));
 }
 
 } // namespace
 
 bool BuildSnapshotFilePath(const wchar_t* path, CComBSTR& result, std::map<std::wstring, std::wstring>& snapshots)
 {
-    try {
-        AppendSnapshotPath(path == nullptr ? L"" : path, result, snapshots);
-        return true;
-    } catch (const std::exception&) {
-        // The host knows one exception of this function, whichever string could not be allocated.
-        throw CAtlException(E_OUTOFMEMORY);
-    }
+    const std::size_t length = path == nullptr ? 0 : std::wcslen(path);
+    const CComBSTR directory = WithBackslash({path, length});
+    const CComBSTR volumePath = ZeroedBstr(directory.Length());
+    QueryVolumePathInto(directory, volumePath);
+    // A missing key is deliberately added to the host's map, with an empty device.
+    const std::wstring& device = snapshots[SnapshotKey(volumePath)];
+    // Cut from the copy: `path` may be the string that the first append frees.
+    const std::wstring_view relative = RelativePart({directory.m_str, length}, std::wcslen(volumePath.m_str));
+    AppendOrThrow(result, device.c_str(), device.size());
+    AppendOrThrow(result, relative.data(), relative.size());
+    return true;
 }

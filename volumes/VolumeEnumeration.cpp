@@ -2,22 +2,22 @@
 
 #include <Kestrovane.h>
 
-#include "frame/FailureReport.h"
-#include "frame/UniqueResource.h"
 #include "volumes/HardDiskManager.h"
+#include "win32/HResult.h"
+#include "win32/UniqueResource.h"
 
 #include <windows.h>
 
 namespace {
 
-constexpr DWORD kNameRoom = 1024; // characters
+constexpr DWORD kNameCapacity = 1024; // characters
 
 [[noreturn]] void ThrowLastError()
 {
     throw HResultFromWin32(::GetLastError());
 }
 
-// Part of every step of the enumeration, although its answer is not listed.
+// Kept for compatibility: a step of the enumeration whose result is not used.
 std::wstring ResolveUniqueName(const wchar_t* name)
 {
     std::wstring unique = GetUniqueVolumeNameForPath(name);
@@ -26,7 +26,7 @@ std::wstring ResolveUniqueName(const wchar_t* name)
 
 void AddMountPaths(const wchar_t* name, std::vector<std::wstring>& paths)
 {
-    ResolveUniqueName(name);
+    static_cast<void>(ResolveUniqueName(name));
     for (const std::wstring& path : g_hardDiskManager.GetVolumePathNames(name)) {
         if (!FindStringInList(path, paths)) {
             paths.push_back(path);
@@ -34,24 +34,24 @@ void AddMountPaths(const wchar_t* name, std::vector<std::wstring>& paths)
     }
 }
 
-// Throws an HRESULT where Windows fails; `paths` holds what was found up to there.
+// Throws the HRESULT of the first Win32 failure; `paths` then holds what was found before.
 void AddAllVolumes(UniqueFindHandle& search, std::vector<std::wstring>& paths)
 {
-    wchar_t name[kNameRoom] = {};
-    search.Reset(::FindFirstVolumeW(name, kNameRoom));
+    wchar_t name[kNameCapacity + 1] = {}; // one more than Windows may fill
+    search.Reset(::FindFirstVolumeW(name, kNameCapacity));
     if (!search) {
         ThrowLastError();
     }
     do {
         AddMountPaths(name, paths);
-    } while (::FindNextVolumeW(search.Get(), name, kNameRoom));
+    } while (::FindNextVolumeW(search.Get(), name, kNameCapacity));
     if (::GetLastError() != ERROR_NO_MORE_FILES) {
         ThrowLastError();
     }
     if (!::FindVolumeClose(search.Get())) {
         ThrowLastError();
     }
-    search.Detach();
+    search.Release();
 }
 
 } // namespace
@@ -59,12 +59,11 @@ void AddAllVolumes(UniqueFindHandle& search, std::vector<std::wstring>& paths)
 std::vector<std::wstring> EnumVolumes()
 {
     std::vector<std::wstring> paths;
-    // A search that is still open after a failure is closed by FindClose on purpose, also when FindVolumeClose has
-    // just failed on it.
+    // After a failure, an open search is deliberately closed by FindClose, even if FindVolumeClose has just failed.
     UniqueFindHandle search;
     try {
         AddAllVolumes(search, paths);
-    } catch (...) { // best effort: what was found counts
+    } catch (...) { // NOLINT(bugprone-empty-catch): best effort, the paths found so far are returned
     }
     return paths;
 }

@@ -1,50 +1,51 @@
-// From a path to the name of its volume, and from a volume to a path that people can read.
+// Resolution of paths to volume names, and of volume names to readable mount paths.
 
 #include <Kestrovane.h>
 
-#include "frame/RuntimeOutput.h"
-#include "frame/UniqueResource.h"
+#include "win32/CrtPrintf.h"
+#include "win32/LastErrorGuard.h"
 
 #include <windows.h>
 
 #include <cstddef>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 namespace {
 
-// Room for what Windows tells about a volume.
-class NameBuffer {
+// A buffer for a string or list of strings that Windows returns.
+class OutputBuffer {
 public:
-    // Windows is offered `capacity` characters; one more ends the text whatever it writes.
-    explicit NameBuffer(std::size_t capacity = MAX_PATH) : m_text(capacity + 1, L'\0') {}
+    // Windows may fill `capacity` characters; one more ends the string in any case.
+    explicit OutputBuffer(std::size_t capacity = MAX_PATH) : m_characters(capacity + 1, L'\0') {}
 
-    wchar_t* Data() noexcept { return m_text.data(); }
-    DWORD Capacity() const noexcept { return static_cast<DWORD>(m_text.size() - 1); }
-    std::wstring Text() const { return m_text.substr(0, m_text.find(L'\0')); }
+    wchar_t* Data() noexcept { return m_characters.data(); }
+    [[nodiscard]] DWORD Capacity() const noexcept { return static_cast<DWORD>(m_characters.size() - 1); }
+    [[nodiscard]] std::wstring FirstString() const { return m_characters.substr(0, m_characters.find(L'\0')); }
 
 private:
-    std::wstring m_text;
+    std::wstring m_characters;
 };
 
-// `path` ends with a backslash.
-std::optional<std::wstring> FindVolumePath(const std::wstring& path)
+// Requires a trailing backslash.
+std::optional<std::wstring> QueryVolumePath(const std::wstring& path)
 {
-    NameBuffer volumePath;
+    OutputBuffer volumePath;
     if (!::GetVolumePathNameW(path.c_str(), volumePath.Data(), volumePath.Capacity())) {
         return std::nullopt;
     }
-    return volumePath.Text();
+    return volumePath.FirstString();
 }
 
-// `mountPoint`, a volume path or a volume name, ends with a backslash.
-std::optional<std::wstring> FindVolumeName(const std::wstring& mountPoint)
+// `mountPoint` is a volume path or a volume name. Requires a trailing backslash.
+std::optional<std::wstring> QueryVolumeName(const std::wstring& mountPoint)
 {
-    NameBuffer name;
+    OutputBuffer name;
     if (!::GetVolumeNameForVolumeMountPointW(mountPoint.c_str(), name.Data(), name.Capacity())) {
         return std::nullopt;
     }
-    return name.Text();
+    return name.FirstString();
 }
 
 } // namespace
@@ -55,32 +56,33 @@ bool IsVolume(std::wstring path)
         return false;
     }
     path = AppendBackslash(std::move(path));
-    if (FindVolumeName(path)) {
+    if (QueryVolumeName(path)) {
         return true;
     }
-    const LastErrorKeeper keeper;
+    const LastErrorGuard keepLastError;
     const DWORD error = ::GetLastError();
-    RuntimePrintf("GetVolumeNameForVolumeMountPoint(%S) failed with %d\n", path.c_str(), static_cast<int>(error));
+    CrtPrintf("GetVolumeNameForVolumeMountPoint(%S) failed with %d\n", Printable(std::move(path)).c_str(),
+              static_cast<int>(error));
     return false;
 }
 
 std::wstring GetUniqueVolumeNameForPath(std::wstring path)
 {
     if (path.empty()) {
-        // Not the empty text: hosts are prepared for the untouched buffer.
+        // Deliberately not the empty string: hosts expect the unused buffer.
         path.assign(MAX_PATH, L'\0');
         return path;
     }
-    const auto volumePath = FindVolumePath(AppendBackslash(std::move(path)));
+    const auto volumePath = QueryVolumePath(AppendBackslash(std::move(path)));
     if (!volumePath) {
         return {};
     }
-    const auto name = FindVolumeName(*volumePath);
+    const auto name = QueryVolumeName(*volumePath);
     if (!name) {
         return *volumePath; // a share has no volume name
     }
-    // A volume may have more than one name; looking up any of them gives the unique one.
-    return FindVolumeName(*name).value_or(*name);
+    // A volume may have more than one name; each look-up of one returns the unique name.
+    return QueryVolumeName(*name).value_or(*name);
 }
 
 bool GetUniqueVolumeNameForPathNoThrow(std::wstring path, std::wstring& uniqueName)
@@ -88,15 +90,15 @@ bool GetUniqueVolumeNameForPathNoThrow(std::wstring path, std::wstring& uniqueNa
     if (path.empty()) {
         return false;
     }
-    const auto volumePath = FindVolumePath(AppendBackslash(std::move(path)));
+    const auto volumePath = QueryVolumePath(AppendBackslash(std::move(path)));
     if (!volumePath) {
         return false;
     }
-    const auto name = FindVolumeName(*volumePath);
+    const auto name = QueryVolumeName(*volumePath);
     if (!name) {
         return false;
     }
-    auto unique = FindVolumeName(*name);
+    auto unique = QueryVolumeName(*name);
     if (!unique) {
         return false;
     }
@@ -116,24 +118,24 @@ std::wstring GetNQUniqueVolumeNameForPath(std::wstring path)
     if (serverEnd == std::wstring::npos || dot == std::wstring::npos) {
         return name;
     }
-    // Wherever the dot stands, on purpose: behind the server's name it makes the text between the two occur twice.
+    // Deliberately the first dot anywhere: after the server name it repeats the string between backslash and dot.
     return name.substr(0, dot) + name.substr(serverEnd);
 }
 
 bool GetDisplayNameForVolumeNoThrow(std::wstring volumeName, std::wstring& displayName)
 {
-    NameBuffer paths;
+    OutputBuffer paths;
     DWORD needed = 0;
     if (!::GetVolumePathNamesForVolumeNameW(volumeName.c_str(), paths.Data(), paths.Capacity(), &needed)) {
         if (needed == 0) {
             return false;
         }
-        paths = NameBuffer(needed);
+        paths = OutputBuffer(needed);
         if (!::GetVolumePathNamesForVolumeNameW(volumeName.c_str(), paths.Data(), paths.Capacity(), &needed)) {
             return false;
         }
     }
-    // The first path of the list, also where a later one is shorter.
-    displayName = paths.Text();
+    // Deliberately the first path of the list, even if a later one is shorter.
+    displayName = paths.FirstString();
     return true;
 }

@@ -10,7 +10,7 @@ constexpr double kBytesPerGigabyte = 1000000000.0;
 
 double Gigabytes(std::uint64_t bytes)
 {
-    // Signed on purpose: no volume has 2^63 bytes, and a count that says so shows as a negative number.
+    // Deliberately signed: no volume has 2^63 bytes, and such a count becomes a negative number.
     return static_cast<double>(static_cast<std::int64_t>(bytes)) / kBytesPerGigabyte;
 }
 
@@ -28,17 +28,17 @@ double GetTotalVolumeSpace(const std::wstring& path)
 
 std::wstring GetVolumeMaxFreeSpace()
 {
-    std::wstring roomiest;
+    std::wstring mostFree;
     try {
         double most = 0.0;
         for (const std::wstring& path : EnumVolumes()) {
             const double space = GetAvailableVolumeSpace(path);
             if (space > most) {
                 most = space;
-                roomiest = path;
+                mostFree = path;
             }
         }
-    } catch (...) { // the roomiest volume so far counts
+    } catch (...) { // NOLINT(bugprone-empty-catch): the best volume so far is returned
     }
-    return roomiest;
+    return mostFree;
 }

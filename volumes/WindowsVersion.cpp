@@ -1,4 +1,4 @@
-// Which of the 5.x releases of Windows the library runs on: snapshots and volumes differ between them.
+// Checks for the 5.x releases of Windows, whose snapshot and volume features differ.
 
 #include <Kestrovane.h>
 
@@ -8,12 +8,12 @@ namespace {
 
 constexpr DWORD kFamily5 = 5; // major version
 
-// Minor versions of that family. The 64-bit XP is a workstation of the last one.
+// Minor versions of that family. 64-bit XP reports itself as a workstation of the last one.
 constexpr DWORD kWindows2000 = 0;
 constexpr DWORD kWindowsXp = 1;
 constexpr DWORD kServer2003 = 2;
 
-// All zero, and so of no known release, when the query fails.
+// Returns zeros, which match no known release, if the query fails.
 OSVERSIONINFOEXW ReadVersion() noexcept
 {
     OSVERSIONINFOEXW version = {};
@@ -42,7 +42,7 @@ bool IsServer2003Sp1OrLater(const OSVERSIONINFOEXW& version) noexcept
     case kWindowsXp:
         return false;
     case kServer2003:
-        return !IsWorkstation(version) && version.szCSDVersion[0] != L'\0'; // any service pack will do
+        return !IsWorkstation(version) && version.szCSDVersion[0] != L'\0'; // any service pack counts
     default:
         return true;
     }

@@ -27,7 +27,7 @@ TEST(FileDesc, TakesUpperCaseCopiesAndEndsThePathWithABackslash)
     };
     for (const auto& [path, spec, upperPath, upperSpec, why] : cases) {
         for (const bool recursive : {false, true}) {
-            const FileDesc description(path, spec, recursive);
+            FileDesc description(path, spec, recursive);
             EXPECT_STREQ(upperPath, description.Path()) << why;
             EXPECT_STREQ(upperSpec, description.Spec()) << why;
             EXPECT_EQ(recursive, description.IsRecursive()) << why;

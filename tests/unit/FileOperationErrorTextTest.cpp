@@ -51,13 +51,13 @@ TEST_F(FileOperationErrorTextTest, SuccessLeavesNone)
     const std::wstring& root = tree.Root();
     const Operation operations[] = {
         [&](auto& m) { EXPECT_TRUE(m.isDirectoryExists(root)); },
-        [&](auto& m) { EXPECT_TRUE(m.isDirectoryReadWritable(root)); },
+        [&](auto& m) { EXPECT_TRUE(m.isDirectoryReadWritable(root, 0)); },
         [&](auto& m) { EXPECT_TRUE(m.RecursivelyCreateDirectory(root)); },
         [&](auto& m) { EXPECT_TRUE(m.isFileExists(file)); },
         [&](auto& m) { EXPECT_TRUE(m.ScanDirectory(L"*.*", root, list, true)); },
         [&](auto& m) { EXPECT_TRUE(m.ScanDirectory(L"*.none", root, list, true)); },
         [&](auto& m) { EXPECT_TRUE(m.WalkDirectories(root, list)); },
-        [&](auto& m) { m.ListDirectories(root); },
+        [&](auto& m) { static_cast<void>(m.ListDirectories(root)); },
         [&](auto& m) { EXPECT_TRUE(m.CopyToDirectory(file, tree.Path(L"a"))); },
         [&](auto& m) { EXPECT_TRUE(m.CopyToDirectoryAs(file, tree.Path(L"b"), L"name")); },
     };
@@ -71,7 +71,7 @@ TEST_F(FileOperationErrorTextTest, AnswerOfNoIsNoFailure)
     const std::wstring missing = tree.Path(L"missing");
     const Operation operations[] = {
         [&](auto& m) { EXPECT_FALSE(m.isDirectoryExists(missing)); },
-        [&](auto& m) { EXPECT_FALSE(m.isDirectoryReadWritable(missing)); },
+        [&](auto& m) { EXPECT_FALSE(m.isDirectoryReadWritable(missing, 0)); },
         [&](auto& m) { EXPECT_FALSE(m.isFileExists(missing)); },
         [&](auto& m) { EXPECT_FALSE(m.CopyToDirectory(missing, tree.Path(L"a"))); },
         [&](auto& m) { EXPECT_FALSE(m.CopyToDirectoryAs(missing, tree.Path(L"a"), L"name")); },
@@ -107,7 +107,7 @@ TEST_F(FileOperationErrorTextTest, EmptyPathIsReportedWhenThereIsAnErrorToReport
 {
     const Operation operations[] = {
         [](auto& m) { EXPECT_FALSE(m.isDirectoryExists(L"")); },
-        [](auto& m) { EXPECT_FALSE(m.isDirectoryReadWritable(L"")); },
+        [](auto& m) { EXPECT_FALSE(m.isDirectoryReadWritable(L"", 0)); },
         [](auto& m) { EXPECT_FALSE(m.RecursivelyCreateDirectory(L"")); },
         [](auto& m) { EXPECT_FALSE(m.isFileExists(L"")); },
         [&](auto& m) { EXPECT_FALSE(m.CopyToDirectory(L"", tree.Root())); },
@@ -125,8 +125,9 @@ TEST_F(FileOperationErrorTextTest, MissingDirectoryIsRecordedAsTheCallerGaveIt)
     std::replace(given.begin(), given.end(), L'\\', L'/');
     EXPECT_EQ(L"errno: 2 " + given,
               TextAfter([&](auto& m) { EXPECT_FALSE(m.ScanDirectory(L"*.*", given, list, true)); }));
-    EXPECT_EQ(L"errno: 2 " + given, TextAfter([&](auto& m) { m.ListFiles(given, L"*", true); }));
-    EXPECT_EQ(L"errno: 2 " + tree.Path(L"missing\\"), TextAfter([&](auto& m) { m.ListTree(given, L"*", true); }))
+    EXPECT_EQ(L"errno: 2 " + given, TextAfter([&](auto& m) { static_cast<void>(m.ListFiles(given, L"*", true)); }));
+    EXPECT_EQ(L"errno: 2 " + tree.Path(L"missing\\"),
+              TextAfter([&](auto& m) { static_cast<void>(m.ListTree(given, L"*", true)); }))
         << "a tree is listed from its normalised directory";
 }
 

@@ -1,6 +1,7 @@
-// The composition root: what is built when the DLL is loaded, in this order, and destroyed in reverse.
+// The composition root: the objects that exist while the DLL is loaded. They are created in this order and destroyed in
+// reverse.
 //
-// All of it stands in one translation unit, because the order across units is not that of the sources.
+// They share one translation unit, because the order of initialisation across translation units is not defined.
 
 #include "frame/FileManager.h"
 #include "frame/ModuleState.h"

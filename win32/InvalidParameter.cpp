@@ -1,6 +1,6 @@
 // The runtime library's report of an invalid parameter.
 
-#include "frame/InvalidParameter.h"
+#include "win32/InvalidParameter.h"
 
 #include <windows.h>
 
