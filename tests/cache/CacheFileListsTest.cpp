@@ -104,7 +104,7 @@ TEST_F(CreateCacheFileListTest, StopsAtTheFirstFailureAndKeepsWhatIsBeforeIt)
     const std::wstring first = tree.File(L"first", "1");
     const std::wstring busy = tree.File(L"busy", "2");
     const std::wstring last = tree.File(L"last", "3");
-    const HeldFile held(busy, GENERIC_READ, FILE_SHARE_READ);
+    const LockedFile locked(busy, GENERIC_READ, FILE_SHARE_READ);
     EXPECT_FALSE(CreateCacheFileList({first, busy, last}, L'\0', L"abc", false, map, true));
     EXPECT_EQ(static_cast<DWORD>(ERROR_SHARING_VIOLATION), ::GetLastError());
     ASSERT_EQ(1U, map.size());
@@ -156,7 +156,7 @@ TEST_F(DeleteCacheFileListTest, TakesThePathBehindTheSeparator)
 TEST_F(DeleteCacheFileListTest, DeletesAFileInUseAtTheNextRestart)
 {
     const std::wstring busy = tree.File(L"busy.tmp");
-    const HeldFile held(busy, GENERIC_READ, FILE_SHARE_READ);
+    const LockedFile locked(busy, GENERIC_READ, FILE_SHARE_READ);
     map = {{L"A", busy}, {L"B", tree.File(L"free.tmp")}};
     EXPECT_TRUE(DeleteCacheFileList(map, L'\0'));
     EXPECT_TRUE(PathExists(busy));
@@ -168,7 +168,7 @@ TEST_F(DeleteCacheFileListTest, DeletesAFileInUseAtTheNextRestart)
 TEST_F(DeleteCacheFileListTest, DeletesTheFilesOfAList)
 {
     const std::wstring busy = tree.File(L"busy.tmp");
-    const HeldFile held(busy, GENERIC_READ, FILE_SHARE_READ);
+    const LockedFile locked(busy, GENERIC_READ, FILE_SHARE_READ);
     std::vector<std::wstring> paths = {L"", busy, tree.File(L"1.tmp")};
     const std::vector<std::wstring> before = paths;
     EXPECT_TRUE(DeleteCacheFileList(paths));

@@ -4,6 +4,7 @@
 // directory of the test, so that relative paths stay inside; no function that writes is given a path that leads out.
 
 #include "tests/support/LibraryTest.h"
+#include "tests/support/SilentHost.h"
 #include "tests/support/WorkingDirectory.h"
 
 #include <algorithm>
@@ -130,16 +131,6 @@ std::set<std::wstring> NamesInRoots()
     return names;
 }
 
-int __cdecl SilentLog(int /*level*/, const char* /*format*/, ...)
-{
-    return 0;
-}
-
-int __cdecl SilentKeepAlive(int /*seconds*/, ...)
-{
-    return 0;
-}
-
 struct Function {
     const char* name;
     std::function<void(const std::wstring&)> call;
@@ -154,7 +145,7 @@ protected:
         // Before the handles are counted: the first look at a root opens one that stays.
         m_namesBefore = NamesInRoots();
         LibraryTest::SetUp();
-        SetVssFileManagerLogger(&SilentLog, &SilentKeepAlive, &SilentLog); // a recorder would keep it all
+        RegisterSilentHost(); // a recorder would keep it all
         texts = HostileTexts(tree.Directory(L"there"));
         // Deep enough for the few steps up among the texts.
         home = tree.Directory(LR"(1\2\3)");

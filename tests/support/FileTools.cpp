@@ -69,13 +69,13 @@ std::wstring CurrentDirectory()
     return directory;
 }
 
-HeldFile::HeldFile(const std::wstring& path, DWORD access, DWORD share)
+LockedFile::LockedFile(const std::wstring& path, DWORD access, DWORD share)
     : m_file(Open(path, access, share, OPEN_EXISTING))
 {
     EXPECT_NE(INVALID_HANDLE_VALUE, m_file) << Utf8(path) << " error " << ::GetLastError();
 }
 
-HeldFile::~HeldFile()
+LockedFile::~LockedFile()
 {
     ::CloseHandle(m_file);
 }

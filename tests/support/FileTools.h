@@ -20,12 +20,12 @@ bool IsDirectory(const std::wstring& path);
 std::wstring CurrentDirectory();
 
 // A handle on an existing file, for tests that keep it from others; closed at the end of the scope.
-class HeldFile {
+class LockedFile {
 public:
-    HeldFile(const std::wstring& path, DWORD access, DWORD share);
-    ~HeldFile();
-    HeldFile(const HeldFile&) = delete;
-    HeldFile& operator=(const HeldFile&) = delete;
+    LockedFile(const std::wstring& path, DWORD access, DWORD share);
+    ~LockedFile();
+    LockedFile(const LockedFile&) = delete;
+    LockedFile& operator=(const LockedFile&) = delete;
 
 private:
     HANDLE m_file;

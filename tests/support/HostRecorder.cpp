@@ -3,6 +3,7 @@
 #include "tests/support/HostRecorder.h"
 
 #include "tests/support/FileTools.h"
+#include "tests/support/SilentHost.h"
 
 #include <Kestrovane.h>
 
@@ -77,16 +78,6 @@ int __cdecl RecordAux(int /*level*/, const char* /*format*/, ...)
     return 0;
 }
 
-int __cdecl SilentLog(int /*level*/, const char* /*format*/, ...)
-{
-    return 0;
-}
-
-int __cdecl SilentKeepAlive(int /*seconds*/, ...)
-{
-    return 0;
-}
-
 } // namespace
 
 std::ostream& operator<<(std::ostream& out, const HostEvent& event)
@@ -106,7 +97,7 @@ HostRecorder::HostRecorder()
 
 HostRecorder::~HostRecorder()
 {
-    SetVssFileManagerLogger(&SilentLog, &SilentKeepAlive, &SilentLog);
+    RegisterSilentHost();
     g_recorder = nullptr;
 }
 

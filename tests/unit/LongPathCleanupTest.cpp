@@ -1,6 +1,7 @@
 // The clean-up of directories with long paths, with an invalid-parameter handler that returns. The older runtime has such
 // handlers for each module, so only a program that holds the library's objects can set one.
 
+#include "tests/support/SilentHost.h"
 #include "tests/support/TestDirectory.h"
 
 #include "frame/FileManager.h"
@@ -19,16 +20,6 @@ void CountReport(const wchar_t* /*expression*/, const wchar_t* /*function*/, con
     ++g_reports;
 }
 
-int __cdecl DropLog(int /*level*/, const char* /*format*/, ...)
-{
-    return 0;
-}
-
-int __cdecl DropKeepAlive(int /*seconds*/, ...)
-{
-    return 0;
-}
-
 } // namespace
 
 class LongPathCleanupTest : public ::testing::Test {
@@ -36,7 +27,7 @@ protected:
     LongPathCleanupTest() : m_before(::_set_invalid_parameter_handler(&CountReport))
     {
         g_reports = 0;
-        manager.SetHostFunctions(&DropLog, &DropKeepAlive, &DropLog);
+        manager.SetHostFunctions(&SilentLog, &SilentKeepAlive, &SilentLog);
     }
     ~LongPathCleanupTest() override { ::_set_invalid_parameter_handler(m_before); }
 

@@ -1,7 +1,7 @@
 // Opens a file, says so through an event and on standard output, and keeps it open until a second event or the end of its
 // patience.
 //
-//   kestrovane-holder PATH ACCESS SHARE NAME    the events are NAME-ready and NAME-release
+//   kestrovane-file-locker PATH ACCESS SHARE NAME    the events are NAME-ready and NAME-release
 
 #include <windows.h>
 

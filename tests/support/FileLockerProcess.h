@@ -8,12 +8,12 @@
 #include <vector>
 
 // Holds the file from the constructor's return to the destructor, with the given access and share mode.
-class HolderProcess {
+class FileLockerProcess {
 public:
-    HolderProcess(const std::wstring& path, DWORD access, DWORD share);
-    ~HolderProcess();
-    HolderProcess(const HolderProcess&) = delete;
-    HolderProcess& operator=(const HolderProcess&) = delete;
+    FileLockerProcess(const std::wstring& path, DWORD access, DWORD share);
+    ~FileLockerProcess();
+    FileLockerProcess(const FileLockerProcess&) = delete;
+    FileLockerProcess& operator=(const FileLockerProcess&) = delete;
 
 private:
     PROCESS_INFORMATION m_process = {};

@@ -1,6 +1,6 @@
 // A second process that holds a file open.
 
-#include "tests/support/HolderProcess.h"
+#include "tests/support/FileLockerProcess.h"
 
 #include <gtest/gtest.h>
 
@@ -20,14 +20,14 @@ std::wstring ProgramBesideThis(const std::wstring& name)
 
 } // namespace
 
-HolderProcess::HolderProcess(const std::wstring& path, DWORD access, DWORD share)
+FileLockerProcess::FileLockerProcess(const std::wstring& path, DWORD access, DWORD share)
 {
     static int count = 0;
     const std::wstring name =
-        L"kestrovane-holder-" + std::to_wstring(::GetCurrentProcessId()) + L"-" + std::to_wstring(++count);
+        L"kestrovane-file-locker-" + std::to_wstring(::GetCurrentProcessId()) + L"-" + std::to_wstring(++count);
     m_release = ::CreateEventW(nullptr, TRUE, FALSE, (name + L"-release").c_str());
     const HANDLE ready = ::CreateEventW(nullptr, TRUE, FALSE, (name + L"-ready").c_str());
-    std::wstring command = L"\"" + ProgramBesideThis(L"kestrovane-holder.exe") + L"\" \"" + path + L"\" " +
+    std::wstring command = L"\"" + ProgramBesideThis(L"kestrovane-file-locker.exe") + L"\" \"" + path + L"\" " +
                            std::to_wstring(access) + L" " + std::to_wstring(share) + L" " + name;
     STARTUPINFOW startup = {};
     startup.cb = sizeof(startup);
@@ -42,7 +42,7 @@ HolderProcess::HolderProcess(const std::wstring& path, DWORD access, DWORD share
     ::CloseHandle(ready);
 }
 
-HolderProcess::~HolderProcess()
+FileLockerProcess::~FileLockerProcess()
 {
     ::SetEvent(m_release);
     if (m_process.hProcess != nullptr) {
