@@ -5,6 +5,7 @@
 #include "tests/support/MemoryFault.h"
 #include "tests/support/PendingList.h"
 
+#include <algorithm>
 #include <chrono>
 
 using StringMap = std::map<std::wstring, std::wstring>;
@@ -13,16 +14,12 @@ class CacheFileListsTest : public LibraryTest {
 protected:
     static std::wstring Upper(const std::wstring& text) { return WString2UpperCase(text); }
 
-    int FileCount() const
+    std::ptrdiff_t FileCount() const
     {
-        int count = 0;
-        WIN32_FIND_DATAW entry = {};
-        const HANDLE search = ::FindFirstFileW(tree.Path(L"*").c_str(), &entry);
-        do {
-            count += (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0 ? 1 : 0;
-        } while (::FindNextFileW(search, &entry));
-        ::FindClose(search);
-        return count;
+        const std::vector<WIN32_FIND_DATAW> entries = EntriesOf(tree.Root());
+        return std::count_if(entries.begin(), entries.end(), [](const WIN32_FIND_DATAW& entry) {
+            return (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+        });
     }
 
     PendingList pending;

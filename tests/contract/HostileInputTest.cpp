@@ -114,19 +114,13 @@ std::string Narrowed(const std::wstring& text)
 std::set<std::wstring> NamesInRoots()
 {
     std::set<std::wstring> names;
-    for (const wchar_t* pattern : {LR"(C:\*)", LR"(D:\*)"}) {
-        WIN32_FIND_DATAW entry = {};
-        const HANDLE search = ::FindFirstFileW(pattern, &entry);
-        if (search == INVALID_HANDLE_VALUE) {
-            continue;
-        }
-        do {
+    for (const wchar_t* drive : {L"C:", L"D:"}) {
+        for (const WIN32_FIND_DATAW& entry : EntriesOf(drive)) {
             const std::wstring name = entry.cFileName;
             if (!name.starts_with(L"kv") && !name.starts_with(L'#')) {
                 names.insert(name);
             }
-        } while (::FindNextFileW(search, &entry));
-        ::FindClose(search);
+        }
     }
     return names;
 }

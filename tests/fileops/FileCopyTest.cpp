@@ -92,10 +92,10 @@ TEST_F(DoCopyComponentFileTest, CarriesOverNeitherTimesNorAttributes)
 {
     const std::wstring source = tree.File(L"source");
     const std::wstring target = tree.Path(L"target");
-    const HANDLE file = ::CreateFileW(source.c_str(), FILE_WRITE_ATTRIBUTES, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    UniqueHandle file(::CreateFileW(source.c_str(), FILE_WRITE_ATTRIBUTES, 0, nullptr, OPEN_EXISTING, 0, nullptr));
     const FILETIME longAgo = {0, 0x01C00000}; // in the year 2000
-    EXPECT_TRUE(::SetFileTime(file, &longAgo, &longAgo, &longAgo));
-    ::CloseHandle(file);
+    EXPECT_TRUE(::SetFileTime(file.get(), &longAgo, &longAgo, &longAgo));
+    file.reset();
     ::SetFileAttributesW(source.c_str(), FILE_ATTRIBUTE_READONLY);
     EXPECT_EQ(1, DoCopyComponentFile(source, target));
     WIN32_FILE_ATTRIBUTE_DATA data = {};

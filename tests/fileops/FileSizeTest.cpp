@@ -7,17 +7,17 @@
 
 namespace {
 
+// Sets the size of a file without filling it.
 void MakeSparse(const std::wstring& path, std::int64_t size)
 {
-    const HANDLE file = ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
-    ASSERT_NE(INVALID_HANDLE_VALUE, file);
+    const UniqueHandle file(::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
+    ASSERT_NE(INVALID_HANDLE_VALUE, file.get());
     DWORD returned = 0;
-    ::DeviceIoControl(file, FSCTL_SET_SPARSE, nullptr, 0, nullptr, 0, &returned, nullptr);
+    ::DeviceIoControl(file.get(), FSCTL_SET_SPARSE, nullptr, 0, nullptr, 0, &returned, nullptr);
     LARGE_INTEGER end = {};
     end.QuadPart = size;
-    EXPECT_TRUE(::SetFilePointerEx(file, end, nullptr, FILE_BEGIN));
-    EXPECT_TRUE(::SetEndOfFile(file));
-    ::CloseHandle(file);
+    EXPECT_TRUE(::SetFilePointerEx(file.get(), end, nullptr, FILE_BEGIN));
+    EXPECT_TRUE(::SetEndOfFile(file.get()));
 }
 
 std::int64_t SizeOf(std::wstring path)

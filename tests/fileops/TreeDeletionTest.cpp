@@ -1,6 +1,7 @@
 // Deletion of directory trees.
 
 #include "tests/fileops/TreeDeletionFixture.h"
+#include "tests/support/ChildProcess.h"
 
 using CleanupDirectoryTest = DeleteDirectoryRecursiveTest;
 

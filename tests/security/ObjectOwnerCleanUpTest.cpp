@@ -1,7 +1,7 @@
 // What the owner change frees when an exception ends it.
 
 #include "tests/security/ObjectOwnerFixture.h"
-#include "tests/support/AllocationFault.h"
+#include "tests/support/MemoryFault.h"
 #include "tests/support/SilentHost.h"
 
 #include <stdexcept>
@@ -74,14 +74,14 @@ TEST_F(ChangeObjectOwnerMemory, FreesEverythingWhenMemoryRunsShort)
         const int handles = OpenHandleCount();
         bool threw = false;
         {
-            const AllocationFault fault(allocation);
+            const MemoryFault fault(allocation);
             try {
                 ChangeObjectOwner(root, kAccount);
             } catch (const std::bad_alloc&) {
                 threw = true;
             }
-            happened = fault.Happened();
-            EXPECT_EQ(0, fault.Live()) << allocation;
+            happened = MemoryFault::HasStruck();
+            EXPECT_EQ(0, MemoryFault::LivingBlocks()) << allocation;
         }
         EXPECT_EQ(happened, threw) << allocation;
         EXPECT_EQ(handles, OpenHandleCount()) << allocation;

@@ -180,12 +180,12 @@ TEST_F(ChangeObjectOwnerTest, NeedsLittleStackForATreeAsDeepAsPathsReach)
     static std::wstring top;
     top = tree.Root();
     const auto change = [](void*) -> DWORD { return ChangeObjectOwner(top, kAccount) ? 1 : 0; };
-    const HANDLE thread = ::CreateThread(nullptr, kStack, +change, nullptr, STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
+    const UniqueHandle thread(
+        ::CreateThread(nullptr, kStack, +change, nullptr, STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr));
     ASSERT_NE(nullptr, thread);
-    ::WaitForSingleObject(thread, INFINITE);
+    ::WaitForSingleObject(thread.get(), INFINITE);
     DWORD result = 0;
-    ::GetExitCodeThread(thread, &result);
-    ::CloseHandle(thread);
+    ::GetExitCodeThread(thread.get(), &result);
     EXPECT_EQ(1U, result);
     EXPECT_EQ(folders, WrittenPaths());
 }

@@ -1,13 +1,12 @@
-// A second process that holds a file open.
+// A second process that locks a file: it keeps the file open with a given share mode.
 
 #pragma once
 
-#include <windows.h>
+#include "tests/support/UniqueResource.h"
 
 #include <string>
-#include <vector>
 
-// Holds the file from the constructor's return to the destructor, with the given access and share mode.
+// Keeps the file open from the constructor's return to the destructor, with the given access and share mode.
 class FileLockerProcess {
 public:
     FileLockerProcess(const std::wstring& path, DWORD access, DWORD share);
@@ -16,9 +15,6 @@ public:
     FileLockerProcess& operator=(const FileLockerProcess&) = delete;
 
 private:
-    PROCESS_INFORMATION m_process = {};
-    HANDLE m_release = nullptr;
+    UniqueHandle m_process;
+    UniqueHandle m_release; // an event
 };
-
-// Runs a program of the test bench that lies beside this one, and gives its whole exit code.
-DWORD RunHelper(const std::wstring& name, const std::vector<std::wstring>& arguments);

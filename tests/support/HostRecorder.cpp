@@ -145,9 +145,9 @@ std::vector<std::wstring> FailureLines(unsigned long error, const std::wstring& 
     wchar_t* text = nullptr;
     ::FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM, nullptr, error, 0x400,
                      reinterpret_cast<wchar_t*>(&text), 0, nullptr);
+    const UniqueLocalMemory<wchar_t> owner(text);
     if (text != nullptr) {
         lines.push_back(std::wstring(L"   - Error text: ") + text + L"\n");
-        ::LocalFree(text);
     }
     return lines;
 }

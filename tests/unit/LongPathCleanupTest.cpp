@@ -70,10 +70,8 @@ TEST_F(LongPathCleanupTest, StopsAtAFailureAndReports)
 TEST_F(LongPathCleanupTest, ADirectoryThatCannotBeRemovedIsNoFailure)
 {
     tree.Files({LR"(a\f)", LR"(b\f)"});
-    const HANDLE held = ::CreateFileW(tree.Path(L"b").c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                                      FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    const LockedFile locked(tree.Path(L"b"), GENERIC_READ, FILE_SHARE_READ);
     EXPECT_TRUE(manager.CleanUpLongPath(tree.Root()));
-    ::CloseHandle(held);
     EXPECT_TRUE(PathExists(tree.Path(L"b")));
     EXPECT_FALSE(PathExists(tree.Path(LR"(b\f)")));
     EXPECT_FALSE(PathExists(tree.Path(L"a"))) << "the others are removed all the same";

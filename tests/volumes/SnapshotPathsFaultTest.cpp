@@ -1,6 +1,6 @@
 // Paths inside snapshots when memory runs short. Simulations: each allocation fails in turn.
 
-#include "tests/support/AllocationFault.h"
+#include "tests/support/MemoryFault.h"
 #include "tests/volumes/SnapshotPathsFixture.h"
 
 namespace {
@@ -52,9 +52,9 @@ TEST_F(BuildSnapshotFilePathTest, ThrowsAndAppendsNothingWhenMemoryRunsShort)
         CComBSTR result(L"before");
         HRESULT thrown = S_OK;
         {
-            const AllocationFault fault(allocation);
+            const MemoryFault fault(allocation);
             EXPECT_NO_THROW(thrown = ThrownBy(path.c_str(), result, map));
-            happened = fault.Happened();
+            happened = MemoryFault::HasStruck();
         }
         if (happened) {
             EXPECT_EQ(E_OUTOFMEMORY, thrown) << allocation;
