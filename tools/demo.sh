@@ -21,7 +21,7 @@ agent() {
 # Opens a live file in a second process, which keeps it until the restart.
 hold() {
     local windows="C:\\Demo\\Live\\${1//\//\\}" ready
-    exec {holder}< <("$root/tools/wine.sh" "${agent%/*}/kestrovane-holder.exe" "$windows" 2147483648 1 "demo-$1")
+    exec {holder}< <("$root/tools/wine.sh" "${agent%/*}/kestrovane-file-locker.exe" "$windows" 2147483648 1 "demo-$1")
     read -r -t 60 -u "$holder" ready && [[ $ready == ready* ]] || { echo "demo: $windows could not be held" >&2; exit 1; }
 }
 

@@ -30,7 +30,7 @@ TEST_F(BackupCommandTest, RecordsTheDigestThatAnyoneElseComputes)
 TEST_F(BackupCommandTest, NamesAFileInUseAndBacksTheRestUp)
 {
     MakeLiveTree();
-    const HeldFile held(live.Path(L"a.txt"), GENERIC_READ, 0);
+    const LockedFile locked(live.Path(L"a.txt"), GENERIC_READ, 0);
     const auto report = RunForJson({L"backup", live.Root(), Backup()}, 3);
     EXPECT_EQ(5, report["files"]);
     ASSERT_EQ(1U, report["failures"].size());

@@ -70,7 +70,7 @@ TEST_F(DeleteCommandTest, StopsAtAReadOnlyFileUnlessToldToClearIt)
 TEST_F(DeleteCommandTest, AHeldFileIsDoneInPart)
 {
     live.Files({LR"(sub\a)", LR"(sub\b)"});
-    const HeldFile held(live.Path(LR"(sub\b)"), GENERIC_READ, FILE_SHARE_READ);
+    const LockedFile locked(live.Path(LR"(sub\b)"), GENERIC_READ, FILE_SHARE_READ);
     const auto report = RunForJson({L"delete", live.Path(L"sub"), L"--yes"}, 3);
     EXPECT_EQ(1, report["deleted"]);
     EXPECT_EQ(1U, report["left"].size());

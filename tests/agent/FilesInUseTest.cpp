@@ -1,7 +1,7 @@
 // The agent's restore over files that other processes hold, and its protection of live files.
 
 #include "tests/support/AgentTest.h"
-#include "tests/support/HolderProcess.h"
+#include "tests/support/FileLockerProcess.h"
 #include "tests/support/PendingList.h"
 
 class FilesInUseTest : public AgentTest {
@@ -32,7 +32,7 @@ TEST_F(FilesInUseTest, AreReplacedAtTheNextRestart)
     MakeLiveTree();
     MakeBackup();
     const std::wstring busy = live.File(L"a.txt", "busy");
-    const HolderProcess holder(busy, GENERIC_READ, FILE_SHARE_READ);
+    const FileLockerProcess holder(busy, GENERIC_READ, FILE_SHARE_READ);
     const auto report = RunForJson({L"restore", Backup()}, 4);
     EXPECT_EQ(1, report["replacedAtRestart"]);
     EXPECT_EQ(5, report["restored"]);
@@ -47,7 +47,7 @@ TEST_F(FilesInUseTest, HaveTheirCacheFileInTheTemporaryDirectoryWhereAsked)
 {
     live.File(L"a.txt", "hello");
     MakeBackup();
-    const HeldFile held(live.File(L"a.txt", "busy"), GENERIC_READ, FILE_SHARE_READ);
+    const LockedFile locked(live.File(L"a.txt", "busy"), GENERIC_READ, FILE_SHARE_READ);
     RunForJson({L"restore", Backup(), L"--temp-cache"}, 4);
     EXPECT_EQ(0U, CacheFilesIn(live.Root()).size());
     EXPECT_EQ(1U, CacheFilesIn(temporary.Root()).size());
@@ -57,7 +57,7 @@ TEST_F(FilesInUseTest, HaveTheirCacheFileBesideThemWhereTheTemporaryDirectoryIsO
 {
     live.File(L"a.txt", "hello");
     MakeBackup();
-    const HeldFile held(live.File(L"a.txt", "busy"), GENERIC_READ, FILE_SHARE_READ);
+    const LockedFile locked(live.File(L"a.txt", "busy"), GENERIC_READ, FILE_SHARE_READ);
     ::SetEnvironmentVariableW(L"TMP", store.Root().c_str());
     RunForJson({L"restore", Backup(), L"--temp-cache"}, 4);
     EXPECT_EQ(1U, CacheFilesIn(live.Root()).size());
@@ -69,7 +69,7 @@ TEST_F(FilesInUseTest, OnAShareAreAFailureThatSaysWhy)
     const TestDirectory share(LR"(\\alpha\data\)");
     share.File(L"a.txt", "hello");
     RunForJson({L"backup", share.Root(), Backup()}, 0);
-    const HeldFile held(share.File(L"a.txt", "busy"), GENERIC_READ, FILE_SHARE_READ);
+    const LockedFile locked(share.File(L"a.txt", "busy"), GENERIC_READ, FILE_SHARE_READ);
     const auto report = RunForJson({L"restore", Backup()}, 1);
     EXPECT_NE(std::string::npos, report["failures"][0]["reason"].get<std::string>().find("share"));
     EXPECT_TRUE(pending.Entries().empty());
@@ -81,7 +81,7 @@ TEST_F(FilesInUseTest, LeaveNoCacheFileWhereTheBackupIsDamaged)
     live.File(L"a.txt", "hello");
     MakeBackup();
     WriteFileBytes(Backup() + L"\\a.txt", "damaged");
-    const HeldFile held(live.Path(L"a.txt"), GENERIC_READ, FILE_SHARE_READ);
+    const LockedFile locked(live.Path(L"a.txt"), GENERIC_READ, FILE_SHARE_READ);
     RunForJson({L"restore", Backup()}, 1);
     EXPECT_EQ(0U, CacheFilesIn(live.Root()).size());
     EXPECT_TRUE(pending.Entries().empty());

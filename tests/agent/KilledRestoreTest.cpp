@@ -1,7 +1,7 @@
 // A restore that is killed at any moment, and the next one.
 
 #include "tests/support/AgentTest.h"
-#include "tests/support/HolderProcess.h"
+#include "tests/support/FileLockerProcess.h"
 #include "tests/support/PendingList.h"
 
 #include <algorithm>
@@ -67,7 +67,7 @@ protected:
     void RunRound(DWORD milliseconds, bool protects)
     {
         MakeOld();
-        const HolderProcess holder(live.Path(Name(kFiles / 2)), GENERIC_READ, FILE_SHARE_READ);
+        const FileLockerProcess holder(live.Path(Name(kFiles / 2)), GENERIC_READ, FILE_SHARE_READ);
         std::vector<std::wstring> arguments = {L"restore", Backup()};
         if (protects) {
             arguments.push_back(L"--protect-live");

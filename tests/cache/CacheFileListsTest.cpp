@@ -5,6 +5,7 @@
 #include "tests/support/MemoryFault.h"
 #include "tests/support/PendingList.h"
 
+#include <algorithm>
 #include <chrono>
 
 using StringMap = std::map<std::wstring, std::wstring>;
@@ -13,16 +14,12 @@ class CacheFileListsTest : public LibraryTest {
 protected:
     static std::wstring Upper(const std::wstring& text) { return WString2UpperCase(text); }
 
-    int FileCount() const
+    std::ptrdiff_t FileCount() const
     {
-        int count = 0;
-        WIN32_FIND_DATAW entry = {};
-        const HANDLE search = ::FindFirstFileW(tree.Path(L"*").c_str(), &entry);
-        do {
-            count += (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0 ? 1 : 0;
-        } while (::FindNextFileW(search, &entry));
-        ::FindClose(search);
-        return count;
+        const std::vector<WIN32_FIND_DATAW> entries = EntriesOf(tree.Root());
+        return std::count_if(entries.begin(), entries.end(), [](const WIN32_FIND_DATAW& entry) {
+            return (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+        });
     }
 
     PendingList pending;
@@ -104,7 +101,7 @@ TEST_F(CreateCacheFileListTest, StopsAtTheFirstFailureAndKeepsWhatIsBeforeIt)
     const std::wstring first = tree.File(L"first", "1");
     const std::wstring busy = tree.File(L"busy", "2");
     const std::wstring last = tree.File(L"last", "3");
-    const HeldFile held(busy, GENERIC_READ, FILE_SHARE_READ);
+    const LockedFile locked(busy, GENERIC_READ, FILE_SHARE_READ);
     EXPECT_FALSE(CreateCacheFileList({first, busy, last}, L'\0', L"abc", false, map, true));
     EXPECT_EQ(static_cast<DWORD>(ERROR_SHARING_VIOLATION), ::GetLastError());
     ASSERT_EQ(1U, map.size());
@@ -156,7 +153,7 @@ TEST_F(DeleteCacheFileListTest, TakesThePathBehindTheSeparator)
 TEST_F(DeleteCacheFileListTest, DeletesAFileInUseAtTheNextRestart)
 {
     const std::wstring busy = tree.File(L"busy.tmp");
-    const HeldFile held(busy, GENERIC_READ, FILE_SHARE_READ);
+    const LockedFile locked(busy, GENERIC_READ, FILE_SHARE_READ);
     map = {{L"A", busy}, {L"B", tree.File(L"free.tmp")}};
     EXPECT_TRUE(DeleteCacheFileList(map, L'\0'));
     EXPECT_TRUE(PathExists(busy));
@@ -168,7 +165,7 @@ TEST_F(DeleteCacheFileListTest, DeletesAFileInUseAtTheNextRestart)
 TEST_F(DeleteCacheFileListTest, DeletesTheFilesOfAList)
 {
     const std::wstring busy = tree.File(L"busy.tmp");
-    const HeldFile held(busy, GENERIC_READ, FILE_SHARE_READ);
+    const LockedFile locked(busy, GENERIC_READ, FILE_SHARE_READ);
     std::vector<std::wstring> paths = {L"", busy, tree.File(L"1.tmp")};
     const std::vector<std::wstring> before = paths;
     EXPECT_TRUE(DeleteCacheFileList(paths));

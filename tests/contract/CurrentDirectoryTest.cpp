@@ -2,6 +2,7 @@
 
 #include "tests/support/LibraryTest.h"
 #include "tests/support/MemoryMeters.h"
+#include "tests/support/SilentHost.h"
 #include "tests/support/WorkingDirectory.h"
 
 #include <direct.h>
@@ -18,16 +19,6 @@ struct Operation {
     const char* name;
     std::function<void()> call;
 };
-
-int __cdecl SilentLog(int /*level*/, const char* /*format*/, ...)
-{
-    return 0;
-}
-
-int __cdecl SilentKeepAlive(int /*seconds*/, ...)
-{
-    return 0;
-}
 
 // Thrown by a host in the middle of a call.
 struct HostGivesUp {};
@@ -104,7 +95,7 @@ protected:
         tree.Files({L"a.txt", LR"(sub\b.txt)", LR"(sub\deeper\c.txt)"});
         home = tree.Directory(LR"(home\one\two)");
         g_home = home;
-        SetVssFileManagerLogger(&SilentLog, &SilentKeepAlive, &SilentLog);
+        RegisterSilentHost();
     }
 
     // Runs each operation from `home`, and finds the process there afterwards.

@@ -1,4 +1,5 @@
-# What the DLL must export: the checked-in names, the number of functions in the public header, and the names in the README.
+# What the DLL must export and may import: the checked-in names, the number of functions in the public header, and the names
+# in the README.
 
 set(public_header ${PROJECT_SOURCE_DIR}/exports/Kestrovane.h)
 file(STRINGS ${public_header} declarations REGEX "^KESTROVANE_API ")
@@ -16,8 +17,27 @@ string(SUBSTRING "${readme_text}" ${table} -1 readme_text)
 string(REGEX MATCHALL "\n\\| `[A-Za-z0-9]+`" readme_functions "${readme_text}")
 list(TRANSFORM readme_functions REPLACE ".*`([A-Za-z0-9]+)`" "    \"\\1\",")
 list(JOIN readme_functions "\n" readme_functions)
+set(imports_file ${CMAKE_CURRENT_LIST_DIR}/imports.txt)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${imports_file})
+file(STRINGS ${imports_file} imports ENCODING UTF-8)
+list(TRANSFORM imports REPLACE "^([^ ]+) — (.+)$" "    {\"\\1\", \"\\2\"},")
+list(JOIN imports "\n" imports)
+file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/include/tests/contract/ImportedNames.h CONTENT
+"// Generated from tests/contract/imports.txt.
+
+#pragma once
+
+struct ListedImport {
+    const char* name; // library!function
+    const char* user; // who calls it
+};
+
+constexpr ListedImport kListedImports[] = {
+@imports@
+};
+" @ONLY)
 file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/include/tests/contract/ExportedNames.h CONTENT
-"// Made from tests/contract/exports.txt and the public header.
+"// Generated from tests/contract/exports.txt and the public header.
 
 #pragma once
 

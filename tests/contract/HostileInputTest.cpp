@@ -4,6 +4,7 @@
 // directory of the test, so that relative paths stay inside; no function that writes is given a path that leads out.
 
 #include "tests/support/LibraryTest.h"
+#include "tests/support/SilentHost.h"
 #include "tests/support/WorkingDirectory.h"
 
 #include <algorithm>
@@ -113,31 +114,15 @@ std::string Narrowed(const std::wstring& text)
 std::set<std::wstring> NamesInRoots()
 {
     std::set<std::wstring> names;
-    for (const wchar_t* pattern : {LR"(C:\*)", LR"(D:\*)"}) {
-        WIN32_FIND_DATAW entry = {};
-        const HANDLE search = ::FindFirstFileW(pattern, &entry);
-        if (search == INVALID_HANDLE_VALUE) {
-            continue;
-        }
-        do {
+    for (const wchar_t* drive : {L"C:", L"D:"}) {
+        for (const WIN32_FIND_DATAW& entry : EntriesOf(drive)) {
             const std::wstring name = entry.cFileName;
             if (!name.starts_with(L"kv") && !name.starts_with(L'#')) {
                 names.insert(name);
             }
-        } while (::FindNextFileW(search, &entry));
-        ::FindClose(search);
+        }
     }
     return names;
-}
-
-int __cdecl SilentLog(int /*level*/, const char* /*format*/, ...)
-{
-    return 0;
-}
-
-int __cdecl SilentKeepAlive(int /*seconds*/, ...)
-{
-    return 0;
 }
 
 struct Function {
@@ -154,7 +139,7 @@ protected:
         // Before the handles are counted: the first look at a root opens one that stays.
         m_namesBefore = NamesInRoots();
         LibraryTest::SetUp();
-        SetVssFileManagerLogger(&SilentLog, &SilentKeepAlive, &SilentLog); // a recorder would keep it all
+        RegisterSilentHost(); // a recorder would keep it all
         texts = HostileTexts(tree.Directory(L"there"));
         // Deep enough for the few steps up among the texts.
         home = tree.Directory(LR"(1\2\3)");

@@ -14,8 +14,8 @@ void SetAccessList(const std::wstring& path, const wchar_t* sddl)
 {
     PSECURITY_DESCRIPTOR descriptor = nullptr;
     ASSERT_TRUE(::ConvertStringSecurityDescriptorToSecurityDescriptorW(sddl, SDDL_REVISION_1, &descriptor, nullptr));
+    const UniqueLocalMemory<void> owner(descriptor);
     EXPECT_TRUE(::SetFileSecurityW(path.c_str(), DACL_SECURITY_INFORMATION, descriptor)) << ::GetLastError();
-    ::LocalFree(descriptor);
 }
 
 constexpr const wchar_t* kEveryoneMayRead = L"D:(A;;FR;;;WD)";

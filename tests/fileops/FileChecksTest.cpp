@@ -1,9 +1,7 @@
-// Existence, replaceability and size of files.
+// Existence and replaceability of files.
 
-#include "tests/support/HolderTest.h"
+#include "tests/support/FileLockerTest.h"
 #include "tests/support/WorkingDirectory.h"
-
-#include <winioctl.h>
 
 #include <cerrno>
 
@@ -11,20 +9,6 @@ namespace {
 
 constexpr DWORD kShareNothing = 0;
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-
-// Gives a file a size without filling it.
-void MakeSparse(const std::wstring& path, std::int64_t size)
-{
-    const HANDLE file = ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
-    ASSERT_NE(INVALID_HANDLE_VALUE, file);
-    DWORD returned = 0;
-    ::DeviceIoControl(file, FSCTL_SET_SPARSE, nullptr, 0, nullptr, 0, &returned, nullptr);
-    LARGE_INTEGER end = {};
-    end.QuadPart = size;
-    EXPECT_TRUE(::SetFilePointerEx(file, end, nullptr, FILE_BEGIN));
-    EXPECT_TRUE(::SetEndOfFile(file));
-    ::CloseHandle(file);
-}
 
 bool CanReplace(std::wstring path)
 {
@@ -34,17 +18,9 @@ bool CanReplace(std::wstring path)
     return can;
 }
 
-std::int64_t SizeOf(std::wstring path)
-{
-    const std::wstring before = path;
-    const std::int64_t size = getFileSize(path);
-    EXPECT_EQ(before, path) << "the argument stays";
-    return size;
-}
-
 } // namespace
 
-class IsFileExistsTest : public HolderTest {};
+class IsFileExistsTest : public FileLockerTest {};
 
 TEST_F(IsFileExistsTest, TellsReadableFilesFromEverythingElse)
 {
@@ -99,16 +75,16 @@ TEST_F(IsFileExistsTest, FileThatIsHeldExistsOnlyForThoseItIsSharedWith)
 {
     const std::wstring file = tree.File(L"file");
     {
-        const HeldFile held(file, GENERIC_READ, kShareNothing);
+        const LockedFile locked(file, GENERIC_READ, kShareNothing);
         EXPECT_FALSE(isFileExists(file));
         EXPECT_EQ(DWORD{ERROR_SHARING_VIOLATION}, ::GetLastError());
     }
     {
-        const HolderProcess held(file, GENERIC_READ, kShareNothing);
+        const FileLockerProcess locked(file, GENERIC_READ, kShareNothing);
         EXPECT_FALSE(isFileExists(file));
     }
     {
-        const HolderProcess held(file, GENERIC_READ, FILE_SHARE_READ);
+        const FileLockerProcess locked(file, GENERIC_READ, FILE_SHARE_READ);
         EXPECT_TRUE(isFileExists(file));
     }
     EXPECT_TRUE(isFileExists(file));
@@ -162,7 +138,7 @@ TEST_F(IsFileExistsSnapTest, NoPathCountsAsPresent)
 TEST_F(IsFileExistsSnapTest, AsksForAttributesAlone)
 {
     const std::wstring file = tree.File(L"file");
-    const HeldFile held(file, GENERIC_READ | GENERIC_WRITE, kShareNothing);
+    const LockedFile locked(file, GENERIC_READ | GENERIC_WRITE, kShareNothing);
     EXPECT_TRUE(Exists(file)) << "a held file has attributes";
     EXPECT_TRUE(Exists(tree.Directory(L"dir"))) << "so has a directory";
     EXPECT_TRUE(Exists(tree.File(L"caf\u00e9"))) << "the path is in the ANSI code page";
@@ -172,7 +148,7 @@ TEST_F(IsFileExistsSnapTest, AsksForAttributesAlone)
     EXPECT_EQ(StringList(), host.Lines());
 }
 
-class IsCanReplaceFileTest : public HolderTest {};
+class IsCanReplaceFileTest : public FileLockerTest {};
 
 TEST_F(IsCanReplaceFileTest, MissingFileCanBeReplaced)
 {
@@ -206,12 +182,12 @@ TEST_F(IsCanReplaceFileTest, FileThatAnyOtherHandleHoldsCannotBeReplaced)
     };
     for (const auto& [access, share, why] : cases) {
         {
-            const HeldFile held(file, access, share);
+            const LockedFile locked(file, access, share);
             EXPECT_FALSE(CanReplace(file)) << why;
             EXPECT_EQ(DWORD{ERROR_SHARING_VIOLATION}, ::GetLastError()) << why;
         }
         {
-            const HolderProcess held(file, access, share);
+            const FileLockerProcess locked(file, access, share);
             EXPECT_FALSE(CanReplace(file)) << why << ", from a second process";
         }
         EXPECT_TRUE(CanReplace(file)) << "afterwards: " << why;
@@ -222,7 +198,7 @@ TEST_F(IsCanReplaceFileTest, FileThatAnyOtherHandleHoldsCannotBeReplaced)
 TEST_F(IsCanReplaceFileTest, HandleThatOnlyAsksForAttributesDoesNotHoldAFile)
 {
     const std::wstring file = tree.File(L"file");
-    const HeldFile asking(file, 0, kShareAll);
+    const LockedFile asking(file, 0, kShareAll);
     EXPECT_TRUE(CanReplace(file));
 }
 
@@ -249,56 +225,7 @@ TEST_F(IsCanReplaceFileTest, WorksOnRelativePathsSharesAndOtherVolumes)
     const WorkingDirectory inside(tree.Root());
     for (const std::wstring& file : {std::wstring(L"file"), share.File(L"file"), other.File(L"file")}) {
         EXPECT_TRUE(CanReplace(file)) << Utf8(file);
-        const HeldFile held(file, GENERIC_READ, FILE_SHARE_READ);
+        const LockedFile locked(file, GENERIC_READ, FILE_SHARE_READ);
         EXPECT_FALSE(CanReplace(file)) << Utf8(file);
     }
-}
-
-class GetFileSizeTest : public LibraryTest {};
-
-TEST_F(GetFileSizeTest, CountsBytes)
-{
-    EXPECT_EQ(0, SizeOf(tree.File(L"empty", "")));
-    EXPECT_EQ(1, SizeOf(tree.File(L"one", "1")));
-    EXPECT_EQ(100000, SizeOf(tree.File(L"many", SampleBytes(100000))));
-}
-
-TEST_F(GetFileSizeTest, CountsBeyondFourGibibytes)
-{
-    constexpr std::int64_t kGibibyte = std::int64_t{1} << 30;
-    for (const std::int64_t size : {2 * kGibibyte, 4 * kGibibyte - 1, 4 * kGibibyte, 5 * kGibibyte + 12345}) {
-        const std::wstring file = tree.Path(L"sparse");
-        MakeSparse(file, size);
-        EXPECT_EQ(size, SizeOf(file));
-        ::DeleteFileW(file.c_str());
-    }
-}
-
-TEST_F(GetFileSizeTest, IsZeroForWhatHasNoSize)
-{
-    EXPECT_EQ(0, SizeOf(tree.Path(L"missing")));
-    EXPECT_EQ(DWORD{ERROR_FILE_NOT_FOUND}, ::GetLastError());
-    EXPECT_EQ(0, SizeOf(L""));
-    EXPECT_EQ(0, SizeOf(tree.Path(L"a*b")));
-    EXPECT_EQ(0, SizeOf(tree.Directory(L"dir")));
-    EXPECT_EQ(StringList(), host.Lines());
-}
-
-TEST_F(GetFileSizeTest, AsksWithoutOpeningTheFileForReading)
-{
-    const std::wstring file = tree.File(L"file", "12345");
-    const HeldFile held(file, GENERIC_READ | GENERIC_WRITE, kShareNothing);
-    EXPECT_EQ(5, SizeOf(file));
-}
-
-TEST_F(GetFileSizeTest, WorksOnRelativePathsSharesAndOtherVolumes)
-{
-    const TestDirectory share(LR"(\\alpha\data\)");
-    const TestDirectory other(L"D:\\");
-    tree.File(LR"(dir\file)", "1");
-    const WorkingDirectory inside(tree.Path(L"dir"));
-    EXPECT_EQ(1, SizeOf(L"file"));
-    EXPECT_EQ(2, SizeOf(share.File(L"file", "12")));
-    EXPECT_EQ(3, SizeOf(other.File(L"file", "123")));
-    EXPECT_EQ(3, SizeOf(LR"(\\?\)" + other.Path(L"file")));
 }

@@ -1,6 +1,6 @@
-// Copies of one file into a directory, which is made first.
+// Copies of one file to a path whose directory is created first.
 
-#include "tests/support/HolderTest.h"
+#include "tests/support/FileLockerTest.h"
 #include "tests/support/WorkingDirectory.h"
 
 #include <algorithm>
@@ -18,7 +18,7 @@ std::wstring WithForwardSlashes(std::wstring path)
 
 } // namespace
 
-class DoCopyComponentFileTest : public HolderTest {};
+class DoCopyComponentFileTest : public FileLockerTest {};
 
 TEST_F(DoCopyComponentFileTest, GivesTheSameBytesWhateverTheSize)
 {
@@ -92,10 +92,10 @@ TEST_F(DoCopyComponentFileTest, CarriesOverNeitherTimesNorAttributes)
 {
     const std::wstring source = tree.File(L"source");
     const std::wstring target = tree.Path(L"target");
-    const HANDLE file = ::CreateFileW(source.c_str(), FILE_WRITE_ATTRIBUTES, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    UniqueHandle file(::CreateFileW(source.c_str(), FILE_WRITE_ATTRIBUTES, 0, nullptr, OPEN_EXISTING, 0, nullptr));
     const FILETIME longAgo = {0, 0x01C00000}; // in the year 2000
-    EXPECT_TRUE(::SetFileTime(file, &longAgo, &longAgo, &longAgo));
-    ::CloseHandle(file);
+    EXPECT_TRUE(::SetFileTime(file.get(), &longAgo, &longAgo, &longAgo));
+    file.reset();
     ::SetFileAttributesW(source.c_str(), FILE_ATTRIBUTE_READONLY);
     EXPECT_EQ(1, DoCopyComponentFile(source, target));
     WIN32_FILE_ATTRIBUTE_DATA data = {};
@@ -113,18 +113,18 @@ TEST_F(DoCopyComponentFileTest, CopyOntoItselfFailsAndLosesNothing)
     EXPECT_EQ("bytes", ReadFileBytes(file));
 }
 
-TEST_F(DoCopyComponentFileTest, HeldSourceIsNotCopied)
+TEST_F(DoCopyComponentFileTest, LockedSourceIsNotCopied)
 {
     const std::wstring source = tree.File(L"source");
     const std::wstring target = tree.Path(LR"(new\target)");
     for (const DWORD share : {kShareNothing, DWORD{FILE_SHARE_WRITE}}) {
-        const HolderProcess held(source, GENERIC_READ, share);
+        const FileLockerProcess locked(source, GENERIC_READ, share);
         EXPECT_EQ(0, DoCopyComponentFile(source, target));
         EXPECT_EQ(DWORD{ERROR_SHARING_VIOLATION}, ::GetLastError());
         EXPECT_FALSE(PathExists(tree.Path(L"new"))) << "no directory is made for a source that cannot be read";
     }
     {
-        const HeldFile held(source, GENERIC_READ, kShareNothing);
+        const LockedFile locked(source, GENERIC_READ, kShareNothing);
         EXPECT_EQ(0, DoCopyComponentFile(source, target)) << "in this process, too";
     }
     EXPECT_EQ(1, DoCopyComponentFile(source, target));
@@ -136,19 +136,19 @@ TEST_F(DoCopyComponentFileTest, SourceThatAnyoneElseHasOpenIsNotCopied)
 {
     const std::wstring source = tree.File(L"source");
     const std::wstring target = tree.Path(LR"(new\target)");
-    const HolderProcess held(source, GENERIC_READ, FILE_SHARE_READ);
+    const FileLockerProcess locked(source, GENERIC_READ, FILE_SHARE_READ);
     EXPECT_EQ(0, DoCopyComponentFile(source, target));
     EXPECT_EQ(DWORD{ERROR_SHARING_VIOLATION}, ::GetLastError());
     EXPECT_FALSE(PathExists(target));
     EXPECT_TRUE(PathExists(tree.Path(L"new"))) << "its directory was made already";
 }
 
-TEST_F(DoCopyComponentFileTest, HeldTargetIsNotWritten)
+TEST_F(DoCopyComponentFileTest, LockedTargetIsNotWritten)
 {
     const std::wstring source = tree.File(L"source", "new");
     const std::wstring target = tree.File(L"target", "old");
     for (const DWORD share : {kShareNothing, DWORD{FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE}}) {
-        const HolderProcess held(target, GENERIC_READ, share);
+        const FileLockerProcess locked(target, GENERIC_READ, share);
         EXPECT_EQ(0, DoCopyComponentFile(source, target));
         EXPECT_EQ(DWORD{ERROR_SHARING_VIOLATION}, ::GetLastError());
     }
@@ -232,102 +232,4 @@ TEST_F(DoCopyComponentFileTest, PutsTheCurrentDirectoryBackOnSuccessAndFailure)
         EXPECT_EQ(0, DoCopyComponentFile(source, tree.Path(LR"(a\b)")));
         EXPECT_EQ(before, CurrentDirectory());
     }
-}
-
-class DoCopyComponentFileToDirTest : public HolderTest {};
-
-TEST_F(DoCopyComponentFileToDirTest, CopiesUnderTheSourcesOwnName)
-{
-    const std::string bytes = SampleBytes(3 * kBlock + 1);
-    const std::wstring source = tree.File(LR"(from\f.tar.gz)", bytes);
-    EXPECT_EQ(1, DoCopyComponentFileToDir(source, tree.Path(LR"(a\b)")));
-    EXPECT_TRUE(bytes == ReadFileBytes(tree.Path(LR"(a\b\f.tar.gz)")));
-    EXPECT_TRUE(bytes == ReadFileBytes(source));
-    EXPECT_EQ(StringList(), host.Lines());
-}
-
-TEST_F(DoCopyComponentFileToDirTest, DirectoryIsNormalised)
-{
-    const std::wstring source = tree.File(L"source", "bytes");
-    const WorkingDirectory inside(tree.Root());
-    const struct {
-        std::wstring directory;
-        std::wstring written;
-        const char* why;
-    } cases[] = {
-        {WithForwardSlashes(tree.Path(L"1")), LR"(1\source)", "forward slashes"},
-        {tree.Path(L"2\\"), LR"(2\source)", "a trailing backslash"},
-        {WithForwardSlashes(tree.Path(L"3")) + L"/", LR"(3\source)", "a trailing slash"},
-        {L"4", LR"(4\source)", "relative"},
-    };
-    for (const auto& [directory, written, why] : cases) {
-        EXPECT_EQ(1, DoCopyComponentFileToDir(source, directory)) << why;
-        EXPECT_EQ("bytes", ReadFileBytes(tree.Path(written))) << why;
-    }
-}
-
-TEST_F(DoCopyComponentFileToDirTest, CopiesToVolumesAndSharesAndFromRelativePaths)
-{
-    const TestDirectory share(LR"(\\beta\data\)");
-    const TestDirectory other(L"D:\\");
-    tree.File(L"source", "bytes");
-    const WorkingDirectory inside(tree.Root());
-    EXPECT_EQ(1, DoCopyComponentFileToDir(L"source", share.Path(L"x")));
-    EXPECT_EQ(1, DoCopyComponentFileToDir(share.Path(LR"(x\source)"), other.Path(L"y")));
-    EXPECT_EQ("bytes", ReadFileBytes(other.Path(LR"(y\source)")));
-}
-
-TEST_F(DoCopyComponentFileToDirTest, IntoItsOwnDirectoryIsACopyOntoItself)
-{
-    const std::wstring file = tree.File(L"file", "bytes");
-    EXPECT_EQ(0, DoCopyComponentFileToDir(file, tree.Root()));
-    EXPECT_EQ(DWORD{ERROR_SHARING_VIOLATION}, ::GetLastError());
-    EXPECT_EQ("bytes", ReadFileBytes(file));
-}
-
-TEST_F(DoCopyComponentFileToDirTest, HeldFilesAreNotCopied)
-{
-    const std::wstring source = tree.File(L"file", "new");
-    const std::wstring target = tree.File(LR"(dir\file)", "old");
-    {
-        const HolderProcess held(source, GENERIC_READ, kShareNothing);
-        EXPECT_EQ(0, DoCopyComponentFileToDir(source, tree.Path(L"dir")));
-    }
-    {
-        const HolderProcess held(target, GENERIC_READ, FILE_SHARE_READ);
-        EXPECT_EQ(0, DoCopyComponentFileToDir(source, tree.Path(L"dir")));
-    }
-    EXPECT_EQ("old", ReadFileBytes(target));
-    EXPECT_EQ(1, DoCopyComponentFileToDir(source, tree.Path(L"dir")));
-    EXPECT_EQ("new", ReadFileBytes(target));
-}
-
-TEST_F(DoCopyComponentFileToDirTest, EmptySourceIsReportedWhenThereIsAnErrorToReport)
-{
-    EXPECT_EQ(0, DoCopyComponentFileToDir(L"", tree.Path(L"new")));
-    EXPECT_EQ(StringList(), host.Lines());
-    ::SetLastError(ERROR_ACCESS_DENIED);
-    EXPECT_EQ(0, DoCopyComponentFileToDir(L"", tree.Path(L"new")));
-    EXPECT_EQ(ReportLines(ERROR_ACCESS_DENIED), host.Lines());
-    EXPECT_FALSE(PathExists(tree.Path(L"new")));
-}
-
-TEST_F(DoCopyComponentFileToDirTest, RefusedPathsAreReportedOnce)
-{
-    const std::wstring source = tree.File(L"source");
-    ::SetLastError(ERROR_ACCESS_DENIED);
-    EXPECT_EQ(0, DoCopyComponentFileToDir(tree.Path(L"a*b"), tree.Path(L"new")));
-    EXPECT_EQ(ReportLines(ERROR_ACCESS_DENIED), host.Lines());
-    host.Clear();
-    ::SetLastError(ERROR_ACCESS_DENIED);
-    EXPECT_EQ(0, DoCopyComponentFileToDir(source, tree.Path(L"a*b")));
-    EXPECT_EQ(ReportLines(ERROR_ACCESS_DENIED), host.Lines());
-    EXPECT_FALSE(PathExists(tree.Path(L"new")));
-}
-
-TEST_F(DoCopyComponentFileToDirTest, MissingSourceGivesZeroWithoutALogLineOrADirectory)
-{
-    EXPECT_EQ(0, DoCopyComponentFileToDir(tree.Path(L"missing"), tree.Path(L"new")));
-    EXPECT_FALSE(PathExists(tree.Path(L"new")));
-    EXPECT_EQ(StringList(), host.Lines());
 }

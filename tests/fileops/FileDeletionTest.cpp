@@ -65,11 +65,11 @@ TEST_F(DeleteFilesFilterTest, StopsAtAReadOnlyFileAndLeavesItsAttribute)
     EXPECT_TRUE(PathExists(tree.Path(L"c"))) << "later files are not tried";
 }
 
-TEST_F(DeleteFilesFilterTest, StopsAtAHeldFile)
+TEST_F(DeleteFilesFilterTest, StopsAtALockedFile)
 {
     tree.Files({L"a", L"b"});
     {
-        const HeldFile held(tree.Path(L"a"), GENERIC_READ, FILE_SHARE_READ);
+        const LockedFile locked(tree.Path(L"a"), GENERIC_READ, FILE_SHARE_READ);
         EXPECT_FALSE(DeleteFilesFilter(tree.Root(), L"*"));
         EXPECT_EQ(static_cast<DWORD>(ERROR_SHARING_VIOLATION), ::GetLastError());
     }

@@ -1,35 +1,8 @@
 // Deletion of directory trees.
 
-#include "tests/support/CallLog.h"
-#include "tests/support/LibraryTest.h"
-#include "tests/support/ThrowingHost.h"
+#include "tests/fileops/TreeDeletionFixture.h"
+#include "tests/support/ChildProcess.h"
 
-class DeleteDirectoryRecursiveTest : public LibraryTest {
-protected:
-    static HostEvent Detail(const char* format, const std::wstring& text)
-    {
-        return {HostEvent::Kind::kLog, 0, format, text};
-    }
-    static HostEvent FileLine(const std::wstring& path)
-    {
-        return Detail("Deleting file: %S \n", L"Deleting file: " + path + L" \n");
-    }
-    static HostEvent DirectoryLine(const std::wstring& path)
-    {
-        return Detail("Deleting directory: %S \n", L"Deleting directory: " + path + L" \n");
-    }
-
-    // The path is passed as a wide text for %s, of which a printf shows the first character.
-    static StringList Undeleted(const wchar_t* kind, DWORD error)
-    {
-        StringList lines = {std::wstring(kind) + L" couldn't be deleted: C \n"};
-        const auto report =
-            FailureLines(error, L"RecursivelyDeleteVirtualDir call failed: " + std::to_wstring(error) + L"\n");
-        lines.insert(lines.end(), report.begin(), report.end());
-        return lines;
-    }
-};
-using DeleteDirectoryRecursiveFault = DeleteDirectoryRecursiveTest;
 using CleanupDirectoryTest = DeleteDirectoryRecursiveTest;
 
 TEST_F(DeleteDirectoryRecursiveTest, LogsEachFileAndEachSubdirectoryAfterItsContents)
@@ -108,7 +81,7 @@ TEST_F(DeleteDirectoryRecursiveTest, StopsAtAReadOnlyFileAndReportsIt)
 TEST_F(DeleteDirectoryRecursiveTest, AFailureBelowEndsEveryLevelAbove)
 {
     tree.Files({LR"(top\sub\deeper\a)", LR"(top\z)"});
-    const HeldFile held(tree.Path(LR"(top\sub\deeper\a)"), GENERIC_READ, FILE_SHARE_READ);
+    const LockedFile locked(tree.Path(LR"(top\sub\deeper\a)"), GENERIC_READ, FILE_SHARE_READ);
     EXPECT_EQ(0, DeleteDirectoryRecursive(tree.Path(L"top").c_str()));
     StringList expected = {L"Deleting file: " + tree.Path(LR"(top\sub\deeper\a)") + L" \n"};
     for (const wchar_t* kind : {L"File", L"Directory", L"Directory"}) {
@@ -175,123 +148,6 @@ TEST_F(DeleteDirectoryRecursiveTest, StopsInATreeThatIsDeeperThanItsRoom)
     EXPECT_EQ(0, DeleteDirectoryRecursive(tree.Path(L"top").c_str()));
     EXPECT_EQ(static_cast<DWORD>(ERROR_FILENAME_EXCED_RANGE), ::GetLastError());
     EXPECT_EQ("kept", ReadFileBytes(path + L"\\file"));
-}
-
-namespace {
-
-// Windows gives "." first in every directory but a root; this search stands on the first real entry instead.
-HANDLE WINAPI SearchWithoutDots(const wchar_t* pattern, WIN32_FIND_DATAW* entry)
-{
-    const HANDLE search = ::FindFirstFileW(pattern, entry);
-    ::FindNextFileW(search, entry);
-    ::FindNextFileW(search, entry);
-    return search;
-}
-
-BOOL WINAPI FailWithAccessDenied(HANDLE /*search*/, WIN32_FIND_DATAW* /*entry*/)
-{
-    ::SetLastError(ERROR_ACCESS_DENIED);
-    return FALSE;
-}
-
-BOOL WINAPI RefuseRemoval(const wchar_t* /*directory*/)
-{
-    ::SetLastError(ERROR_CURRENT_DIRECTORY);
-    return FALSE;
-}
-
-BOOL WINAPI RecordFindClose(HANDLE search)
-{
-    CallLog::Add(L"close");
-    return ::FindClose(search);
-}
-
-BOOL WINAPI RecordRemoval(const wchar_t* directory)
-{
-    CallLog::Add(L"remove");
-    return ::RemoveDirectoryW(directory);
-}
-
-int __cdecl RecordUndeletedLines(int /*level*/, const char* format, ...)
-{
-    if (std::string(format).find("couldn't") != std::string::npos) {
-        CallLog::Add(L"log");
-    }
-    return 0;
-}
-
-int __cdecl NoKeepAlive(int /*seconds*/, ...)
-{
-    return 0;
-}
-
-// A link to a directory looks like this to a search.
-BOOL WINAPI NextWithLinks(HANDLE search, WIN32_FIND_DATAW* entry)
-{
-    const BOOL found = ::FindNextFileW(search, entry);
-    if (found && (entry->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
-        entry->dwFileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
-    }
-    return found;
-}
-
-} // namespace
-
-// A simulation: the roots of the prefix are not for deleting.
-TEST_F(DeleteDirectoryRecursiveFault, SkipsTheFirstEntryWithoutALook)
-{
-    tree.Files({LR"(top\a)", LR"(top\b)"});
-    const ImportPatch patch("FindFirstFileW", &SearchWithoutDots);
-    EXPECT_EQ(0, DeleteDirectoryRecursive(tree.Path(L"top").c_str()));
-    EXPECT_EQ(static_cast<DWORD>(ERROR_DIR_NOT_EMPTY), ::GetLastError());
-    EXPECT_TRUE(PathExists(tree.Path(LR"(top\a)")));
-    EXPECT_FALSE(PathExists(tree.Path(LR"(top\b)")));
-}
-
-TEST_F(DeleteDirectoryRecursiveFault, ASearchThatEndsEarlyRemovesNothingAndIsSilent)
-{
-    tree.File(LR"(top\a)");
-    const ImportPatch patch("FindNextFileW", &FailWithAccessDenied);
-    EXPECT_EQ(0, DeleteDirectoryRecursive(tree.Path(L"top").c_str()));
-    EXPECT_EQ(static_cast<DWORD>(ERROR_ACCESS_DENIED), ::GetLastError());
-    EXPECT_TRUE(PathExists(tree.Path(LR"(top\a)")));
-    EXPECT_TRUE(host.Events().empty());
-}
-
-TEST_F(DeleteDirectoryRecursiveFault, ADirectoryThatCannotBeRemovedIsZeroAndSilent)
-{
-    tree.Directory(L"top");
-    const ImportPatch patch("RemoveDirectoryW", &RefuseRemoval);
-    EXPECT_EQ(0, DeleteDirectoryRecursive(tree.Path(L"top").c_str()));
-    EXPECT_EQ(static_cast<DWORD>(ERROR_CURRENT_DIRECTORY), ::GetLastError());
-    EXPECT_TRUE(host.Events().empty());
-}
-
-TEST_F(DeleteDirectoryRecursiveFault, ClosesTheSearchBeforeItRemovesAndRemovesSubdirectoriesTwice)
-{
-    tree.Directory(LR"(top\sub)");
-    const ImportPatch close("FindClose", &RecordFindClose);
-    const ImportPatch remove("RemoveDirectoryW", &RecordRemoval);
-    EXPECT_NE(0, DeleteDirectoryRecursive(tree.Path(L"top").c_str()));
-    EXPECT_EQ((StringList{L"close", L"remove", L"remove", L"close", L"remove"}), CallLog::Take());
-}
-
-TEST_F(DeleteDirectoryRecursiveFault, ClosesTheSearchAfterTheLineOfAFileAndBeforeThatOfADirectory)
-{
-    tree.File(LR"(top\sub\a)");
-    const HeldFile held(tree.Path(LR"(top\sub\a)"), GENERIC_READ, FILE_SHARE_READ);
-    SetVssFileManagerLogger(&RecordUndeletedLines, &NoKeepAlive, &RecordUndeletedLines);
-    const ImportPatch close("FindClose", &RecordFindClose);
-    EXPECT_EQ(0, DeleteDirectoryRecursive(tree.Path(L"top").c_str()));
-    EXPECT_EQ((StringList{L"log", L"close", L"close", L"log"}), CallLog::Take());
-}
-
-TEST_F(DeleteDirectoryRecursiveFault, EntersDirectoriesThatAreLinks)
-{
-    tree.File(LR"(top\link\a)");
-    const ImportPatch patch("FindNextFileW", &NextWithLinks);
-    EXPECT_NE(0, DeleteDirectoryRecursive(tree.Path(L"top").c_str()));
-    EXPECT_FALSE(PathExists(tree.Path(L"top")));
 }
 
 TEST_F(CleanupDirectoryTest, DeletesATree)

@@ -21,8 +21,8 @@ std::string SystemText(DWORD error)
     wchar_t* text = nullptr;
     ::FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM, nullptr, error, 0x400,
                      reinterpret_cast<wchar_t*>(&text), 0, nullptr);
+    const UniqueLocalMemory<wchar_t> owner(text);
     std::string narrow = Utf8(text);
-    ::LocalFree(text);
     std::erase(narrow, '\r');
     return narrow;
 }

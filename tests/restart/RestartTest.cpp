@@ -1,6 +1,6 @@
 // What is registered for the next restart happens there. restart.sh runs the first test, restarts Wine and runs the second.
 
-#include "tests/support/HolderProcess.h"
+#include "tests/support/FileLockerProcess.h"
 #include "tests/support/PendingList.h"
 #include "tests/support/TestDirectory.h"
 
@@ -25,8 +25,8 @@ TEST(BeforeRestart, MovesAndDeletionsAreRegistered)
     WriteFileBytes(At(L"live.txt"), "old");
     WriteFileBytes(At(L"read-only.txt"), "old");
     WriteFileBytes(At(L"busy.tmp"), "cache");
-    const HolderProcess live(At(L"live.txt"), GENERIC_READ, FILE_SHARE_READ);
-    const HolderProcess busy(At(L"busy.tmp"), GENERIC_READ, FILE_SHARE_READ);
+    const FileLockerProcess live(At(L"live.txt"), GENERIC_READ, FILE_SHARE_READ);
+    const FileLockerProcess busy(At(L"busy.tmp"), GENERIC_READ, FILE_SHARE_READ);
 
     std::wstring cacheFile;
     ASSERT_TRUE(CreateCacheFile(At(L"live.txt"), cacheFile, L"kvt", false, false));

@@ -8,9 +8,10 @@
 
 namespace {
 
-HANDLE Open(const std::wstring& path, DWORD access, DWORD share, DWORD disposition)
+UniqueHandle Open(const std::wstring& path, DWORD access, DWORD share, DWORD disposition)
 {
-    return ::CreateFileW(path.c_str(), access, share, nullptr, disposition, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    return UniqueHandle(
+        ::CreateFileW(path.c_str(), access, share, nullptr, disposition, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
 }
 
 } // namespace
@@ -26,27 +27,25 @@ std::string Utf8(const std::wstring& text)
 
 void WriteFileBytes(const std::wstring& path, const std::string& bytes)
 {
-    const HANDLE file = Open(path, GENERIC_WRITE, 0, CREATE_ALWAYS);
-    ASSERT_NE(INVALID_HANDLE_VALUE, file) << Utf8(path) << " error " << ::GetLastError();
+    const UniqueHandle file = Open(path, GENERIC_WRITE, 0, CREATE_ALWAYS);
+    ASSERT_NE(INVALID_HANDLE_VALUE, file.get()) << Utf8(path) << " error " << ::GetLastError();
     DWORD written = 0;
-    ::WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
-    ::CloseHandle(file);
+    ::WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
     ASSERT_EQ(bytes.size(), written) << Utf8(path);
 }
 
 std::string ReadFileBytes(const std::wstring& path)
 {
     constexpr DWORD kAnyone = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-    const HANDLE file = Open(path, GENERIC_READ, kAnyone, OPEN_EXISTING);
-    if (file == INVALID_HANDLE_VALUE) {
+    const UniqueHandle file = Open(path, GENERIC_READ, kAnyone, OPEN_EXISTING);
+    if (file.get() == INVALID_HANDLE_VALUE) {
         return {};
     }
     LARGE_INTEGER size = {};
-    ::GetFileSizeEx(file, &size);
+    ::GetFileSizeEx(file.get(), &size);
     std::string bytes(static_cast<std::size_t>(size.QuadPart), '\0');
     DWORD read = 0;
-    ::ReadFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &read, nullptr);
-    ::CloseHandle(file);
+    ::ReadFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &read, nullptr);
     bytes.resize(read);
     return bytes;
 }
@@ -69,15 +68,25 @@ std::wstring CurrentDirectory()
     return directory;
 }
 
-HeldFile::HeldFile(const std::wstring& path, DWORD access, DWORD share)
+LockedFile::LockedFile(const std::wstring& path, DWORD access, DWORD share)
     : m_file(Open(path, access, share, OPEN_EXISTING))
 {
-    EXPECT_NE(INVALID_HANDLE_VALUE, m_file) << Utf8(path) << " error " << ::GetLastError();
+    EXPECT_NE(INVALID_HANDLE_VALUE, m_file.get()) << Utf8(path) << " error " << ::GetLastError();
 }
 
-HeldFile::~HeldFile()
+std::vector<WIN32_FIND_DATAW> EntriesOf(const std::wstring& directory)
 {
-    ::CloseHandle(m_file);
+    std::vector<WIN32_FIND_DATAW> entries;
+    WIN32_FIND_DATAW entry = {};
+    const UniqueSearch search(::FindFirstFileW((directory + L"\\*").c_str(), &entry));
+    for (bool found = search.get() != INVALID_HANDLE_VALUE; found;
+         found = ::FindNextFileW(search.get(), &entry) != FALSE) {
+        const std::wstring name = entry.cFileName;
+        if (name != L"." && name != L"..") {
+            entries.push_back(entry);
+        }
+    }
+    return entries;
 }
 
 std::string SampleBytes(std::size_t size, unsigned seed)

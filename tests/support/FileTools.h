@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include "tests/support/UniqueResource.h"
+
 #include <windows.h>
 
 #include <cstdint>
@@ -19,16 +21,16 @@ bool IsDirectory(const std::wstring& path);
 
 std::wstring CurrentDirectory();
 
-// A handle on an existing file, for tests that keep it from others; closed at the end of the scope.
-class HeldFile {
+// The entries of a directory (no trailing backslash), without "." and "..".
+std::vector<WIN32_FIND_DATAW> EntriesOf(const std::wstring& directory);
+
+// An existing file, kept open in this process with the given access and share mode until the end of the scope.
+class LockedFile {
 public:
-    HeldFile(const std::wstring& path, DWORD access, DWORD share);
-    ~HeldFile();
-    HeldFile(const HeldFile&) = delete;
-    HeldFile& operator=(const HeldFile&) = delete;
+    LockedFile(const std::wstring& path, DWORD access, DWORD share);
 
 private:
-    HANDLE m_file;
+    UniqueHandle m_file;
 };
 
 // Bytes that differ from place to place, the same for the same seed.

@@ -3,6 +3,7 @@
 #include "tests/support/HostRecorder.h"
 
 #include "tests/support/FileTools.h"
+#include "tests/support/SilentHost.h"
 
 #include <Kestrovane.h>
 
@@ -77,16 +78,6 @@ int __cdecl RecordAux(int /*level*/, const char* /*format*/, ...)
     return 0;
 }
 
-int __cdecl SilentLog(int /*level*/, const char* /*format*/, ...)
-{
-    return 0;
-}
-
-int __cdecl SilentKeepAlive(int /*seconds*/, ...)
-{
-    return 0;
-}
-
 } // namespace
 
 std::ostream& operator<<(std::ostream& out, const HostEvent& event)
@@ -106,7 +97,7 @@ HostRecorder::HostRecorder()
 
 HostRecorder::~HostRecorder()
 {
-    SetVssFileManagerLogger(&SilentLog, &SilentKeepAlive, &SilentLog);
+    RegisterSilentHost();
     g_recorder = nullptr;
 }
 
@@ -154,9 +145,9 @@ std::vector<std::wstring> FailureLines(unsigned long error, const std::wstring& 
     wchar_t* text = nullptr;
     ::FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM, nullptr, error, 0x400,
                      reinterpret_cast<wchar_t*>(&text), 0, nullptr);
+    const UniqueLocalMemory<wchar_t> owner(text);
     if (text != nullptr) {
         lines.push_back(std::wstring(L"   - Error text: ") + text + L"\n");
-        ::LocalFree(text);
     }
     return lines;
 }

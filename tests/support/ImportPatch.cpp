@@ -71,9 +71,3 @@ ImportPatch::~ImportPatch()
         Exchange(m_slot, m_original);
     }
 }
-
-bool HasImport(const char* module, const char* function)
-{
-    const HMODULE loaded = ::GetModuleHandleA(module);
-    return loaded != nullptr && FindSlot(loaded, function) != nullptr;
-}

@@ -36,6 +36,3 @@ private:
     void** m_slot = nullptr;
     void* m_original = nullptr;
 };
-
-// Whether the module imports the function, for tests of the import list itself.
-bool HasImport(const char* module, const char* function);

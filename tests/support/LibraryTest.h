@@ -3,9 +3,9 @@
 #pragma once
 
 #include "tests/support/CapturedOutput.h"
+#include "tests/support/FileLockerProcess.h"
 #include "tests/support/FileTools.h"
 #include "tests/support/HandleCount.h"
-#include "tests/support/HolderProcess.h"
 #include "tests/support/HostRecorder.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/TestDirectory.h"

@@ -37,13 +37,13 @@ std::vector<PendingEntry> ReadPendingList()
 {
     HKEY key = nullptr;
     EXPECT_EQ(ERROR_SUCCESS, ::RegOpenKeyExW(HKEY_LOCAL_MACHINE, kKey, 0, KEY_READ, &key));
+    const UniqueKey owner(key);
     DWORD size = 0; // bytes
     std::wstring list;
     if (::RegQueryValueExW(key, kValue, nullptr, nullptr, nullptr, &size) == ERROR_SUCCESS) {
         list.resize(size / sizeof(wchar_t));
         ::RegQueryValueExW(key, kValue, nullptr, nullptr, reinterpret_cast<BYTE*>(list.data()), &size);
     }
-    ::RegCloseKey(key);
     StringList texts;
     for (std::size_t start = 0; start < list.size();) {
         const std::size_t end = std::min(list.find(L'\0', start), list.size());

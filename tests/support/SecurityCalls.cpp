@@ -1,6 +1,7 @@
 // The calls of an owner change, written into the transcript of its host.
 
 #include "tests/support/SecurityCalls.h"
+#include "tests/support/UniqueResource.h"
 
 #include <Kestrovane.h>
 
@@ -25,9 +26,8 @@ std::wstring SidText(PSID sid)
     if (sid == nullptr || !::ConvertSidToStringSidW(sid, &text)) {
         return L"none";
     }
-    const std::wstring copy = text;
-    ::LocalFree(text);
-    return copy;
+    const UniqueLocalMemory<wchar_t> owner(text);
+    return text;
 }
 
 } // namespace

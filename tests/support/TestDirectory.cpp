@@ -26,26 +26,16 @@ std::wstring LongForm(const std::wstring& path)
 
 void RemoveTree(const std::wstring& directory)
 {
-    WIN32_FIND_DATAW entry = {};
-    const HANDLE search = ::FindFirstFileW((directory + L"\\*").c_str(), &entry);
-    if (search != INVALID_HANDLE_VALUE) {
-        do {
-            const std::wstring name = entry.cFileName;
-            const std::wstring path = directory + L"\\" + name;
-            if (name == L"." || name == L"..") {
-                continue;
-            }
-            const DWORD attributes = entry.dwFileAttributes;
-            ::SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
-            if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
-                ::DeleteFileW(path.c_str());
-            } else if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
-                ::RemoveDirectoryW(path.c_str());
-            } else {
-                RemoveTree(path);
-            }
-        } while (::FindNextFileW(search, &entry));
-        ::FindClose(search);
+    for (const WIN32_FIND_DATAW& entry : EntriesOf(directory)) {
+        const std::wstring path = directory + L"\\" + entry.cFileName;
+        ::SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+        if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+            ::DeleteFileW(path.c_str());
+        } else if ((entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
+            ::RemoveDirectoryW(path.c_str());
+        } else {
+            RemoveTree(path);
+        }
     }
     ::RemoveDirectoryW(directory.c_str());
 }

@@ -3,6 +3,7 @@
 #include "frame/FileManager.h"
 
 #include "tests/support/FileTools.h"
+#include "tests/support/SilentHost.h"
 #include "tests/support/SimulatedListing.h"
 #include "tests/support/TestDirectory.h"
 
@@ -30,11 +31,6 @@ int __cdecl RecordFile(int level, const char* format, ...)
     va_start(arguments, format);
     g_logged.emplace_back(va_arg(arguments, const wchar_t*));
     va_end(arguments);
-    return 0;
-}
-
-int __cdecl SilentKeepAlive(int /*seconds*/, ...)
-{
     return 0;
 }
 

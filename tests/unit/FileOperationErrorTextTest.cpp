@@ -3,6 +3,7 @@
 #include "frame/FileManager.h"
 
 #include "tests/support/FileTools.h"
+#include "tests/support/SilentHost.h"
 #include "tests/support/TestDirectory.h"
 
 #include <gtest/gtest.h>
@@ -10,16 +11,6 @@
 #include <functional>
 
 namespace {
-
-int __cdecl SilentLog(int /*level*/, const char* /*format*/, ...)
-{
-    return 0;
-}
-
-int __cdecl SilentKeepAlive(int /*seconds*/, ...)
-{
-    return 0;
-}
 
 constexpr const wchar_t* kReported = L"CVssFileManager call failed";
 

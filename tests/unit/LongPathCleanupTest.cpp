@@ -1,6 +1,7 @@
 // The clean-up of directories with long paths, with an invalid-parameter handler that returns. The older runtime has such
 // handlers for each module, so only a program that holds the library's objects can set one.
 
+#include "tests/support/SilentHost.h"
 #include "tests/support/TestDirectory.h"
 
 #include "frame/FileManager.h"
@@ -19,16 +20,6 @@ void CountReport(const wchar_t* /*expression*/, const wchar_t* /*function*/, con
     ++g_reports;
 }
 
-int __cdecl DropLog(int /*level*/, const char* /*format*/, ...)
-{
-    return 0;
-}
-
-int __cdecl DropKeepAlive(int /*seconds*/, ...)
-{
-    return 0;
-}
-
 } // namespace
 
 class LongPathCleanupTest : public ::testing::Test {
@@ -36,7 +27,7 @@ protected:
     LongPathCleanupTest() : m_before(::_set_invalid_parameter_handler(&CountReport))
     {
         g_reports = 0;
-        manager.SetHostFunctions(&DropLog, &DropKeepAlive, &DropLog);
+        manager.SetHostFunctions(&SilentLog, &SilentKeepAlive, &SilentLog);
     }
     ~LongPathCleanupTest() override { ::_set_invalid_parameter_handler(m_before); }
 
@@ -79,10 +70,8 @@ TEST_F(LongPathCleanupTest, StopsAtAFailureAndReports)
 TEST_F(LongPathCleanupTest, ADirectoryThatCannotBeRemovedIsNoFailure)
 {
     tree.Files({LR"(a\f)", LR"(b\f)"});
-    const HANDLE held = ::CreateFileW(tree.Path(L"b").c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                                      FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    const LockedFile locked(tree.Path(L"b"), GENERIC_READ, FILE_SHARE_READ);
     EXPECT_TRUE(manager.CleanUpLongPath(tree.Root()));
-    ::CloseHandle(held);
     EXPECT_TRUE(PathExists(tree.Path(L"b")));
     EXPECT_FALSE(PathExists(tree.Path(LR"(b\f)")));
     EXPECT_FALSE(PathExists(tree.Path(L"a"))) << "the others are removed all the same";

@@ -3,6 +3,7 @@
 #include "frame/FileManager.h"
 
 #include "tests/support/FileTools.h"
+#include "tests/support/SilentHost.h"
 #include "tests/support/TestDirectory.h"
 #include "tests/support/WorkingDirectory.h"
 
@@ -16,11 +17,6 @@ struct Case {
     std::wstring after;
     const char* why;
 };
-
-int __cdecl SilentLog(int /*level*/, const char* /*format*/, ...)
-{
-    return 0;
-}
 
 class PathValidation : public ::testing::Test {
 protected:

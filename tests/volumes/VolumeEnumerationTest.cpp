@@ -1,7 +1,7 @@
 // Enumeration of volumes, on the volumes of this machine and on simulated ones.
 
-#include "tests/support/AllocationFault.h"
 #include "tests/support/LibraryTest.h"
+#include "tests/support/MemoryFault.h"
 #include "tests/support/SimulatedVolumes.h"
 
 #include <cwchar>
@@ -78,9 +78,9 @@ TEST_F(EnumVolumesTest, ListsWhatItHasFoundBeforeMemoryRunsShort)
     for (int allocation = 1; happened; ++allocation) {
         StringList found;
         {
-            const AllocationFault fault(allocation);
+            const MemoryFault fault(allocation);
             EXPECT_NO_THROW(found = EnumVolumes());
-            happened = fault.Happened();
+            happened = MemoryFault::HasStruck();
         }
         ASSERT_LE(found.size(), whole.size());
         EXPECT_TRUE(std::equal(found.begin(), found.end(), whole.begin())) << "allocation " << allocation;

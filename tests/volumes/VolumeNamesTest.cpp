@@ -1,123 +1,19 @@
-// Names of volumes, on the volumes of this machine and on simulated ones.
+// Unique names of volumes, on the volumes of this machine and on simulated ones.
 
-#include "tests/support/LibraryTest.h"
-#include "tests/support/SimulatedVolumes.h"
+#include "tests/volumes/VolumeNamesFixture.h"
 
 namespace {
 
-const std::wstring kSystemName = LR"(\\?\Volume{11111111-0000-0000-0000-000000000001}\)";
-const std::wstring kDataName = LR"(\\?\Volume{22222222-0000-0000-0000-000000000002}\)";
-const std::wstring kDataUniqueName = LR"(\\?\Volume{33333333-0000-0000-0000-000000000003}\)";
 constexpr std::size_t kUntouchedLength = 260; // characters
 
-// The volume name of a drive, asked without the library.
-std::wstring NameOfDrive(const std::wstring& root)
-{
-    wchar_t name[MAX_PATH] = {};
-    EXPECT_TRUE(::GetVolumeNameForVolumeMountPointW(root.c_str(), name, MAX_PATH)) << Utf8(root);
-    return name;
-}
-
-int __cdecl FailToPrint(const char* /*format*/, ...)
-{
-    ::SetLastError(ERROR_INVALID_HANDLE);
-    return -1;
-}
-
-class VolumeTest : public LibraryTest {
-protected:
-    // Nothing here goes to the host's log.
-    void TearDown() override
-    {
-        EXPECT_TRUE(host.Events().empty());
-        LibraryTest::TearDown();
-    }
-};
-
-class IsVolumeTest : public VolumeTest {};
 class GetUniqueVolumeNameForPathTest : public VolumeTest {};
 class GetUniqueVolumeNameForPathNoThrowTest : public VolumeTest {};
 class GetNQUniqueVolumeNameForPathTest : public VolumeTest {};
-class GetDisplayNameForVolumeNoThrowTest : public VolumeTest {};
-
-// A simulation: this machine cannot mount a volume in a folder. The data volume has a drive and a folder, and a name
-// that is not its unique one.
-class SimulatedMachine : public VolumeTest {
-protected:
-    SimulatedVolumes volumes{
-        {{kSystemName, {LR"(C:\)"}, {}}, {kDataName, {LR"(E:\)", LR"(C:\mnt\data\)"}, kDataUniqueName}}};
-};
-
-class IsVolumeSimulation : public SimulatedMachine {};
 class GetUniqueVolumeNameForPathSimulation : public SimulatedMachine {};
 class GetUniqueVolumeNameForPathNoThrowSimulation : public SimulatedMachine {};
 class GetNQUniqueVolumeNameForPathSimulation : public SimulatedMachine {};
-class GetDisplayNameForVolumeNoThrowSimulation : public SimulatedMachine {};
 
 } // namespace
-
-TEST_F(IsVolumeTest, IsTrueOfDrivesWithAndWithoutTheirBackslash)
-{
-    CapturedOutput output;
-    for (const wchar_t* root : {L"C:", LR"(C:\)", L"D:", LR"(D:\)", L"c:"}) {
-        EXPECT_TRUE(IsVolume(root)) << Utf8(root);
-    }
-    EXPECT_EQ("", output.Text());
-}
-
-TEST_F(IsVolumeTest, IsFalseOfAnOrdinaryFolderAndPrintsOneLine)
-{
-    const std::wstring folder = tree.Directory(L"folder");
-    CapturedOutput output;
-    EXPECT_FALSE(IsVolume(folder));
-    EXPECT_EQ("GetVolumeNameForVolumeMountPoint(" + Utf8(folder) + "\\) failed with 4390\n", output.Text());
-}
-
-TEST_F(IsVolumeTest, IsFalseOfAShareAndOfAnUnknownDriveAndPrintsEachPathAsItWasAsked)
-{
-    CapturedOutput output;
-    EXPECT_FALSE(IsVolume(LR"(\\alpha\data\)"));
-    EXPECT_FALSE(IsVolume(L"Q:"));
-    EXPECT_EQ("GetVolumeNameForVolumeMountPoint(\\\\alpha\\data\\) failed with 4390\n"
-              "GetVolumeNameForVolumeMountPoint(Q:\\) failed with 2\n",
-              output.Text());
-}
-
-TEST_F(IsVolumeTest, IsFalseOfTheEmptyPathInSilence)
-{
-    CapturedOutput output;
-    EXPECT_FALSE(IsVolume(L""));
-    EXPECT_EQ("", output.Text());
-}
-
-TEST_F(IsVolumeTest, LeavesTheErrorOfTheLookUp)
-{
-    CapturedOutput output;
-    IsVolume(L"Q:");
-    EXPECT_EQ(DWORD{ERROR_FILE_NOT_FOUND}, ::GetLastError());
-}
-
-TEST_F(IsVolumeSimulation, IsTrueOfAFolderThatAVolumeIsMountedIn)
-{
-    EXPECT_TRUE(IsVolume(LR"(C:\mnt\data)"));
-    EXPECT_EQ((StringList{LR"(GetVolumeNameForVolumeMountPointW(C:\mnt\data\, 260))"}), volumes.Calls());
-}
-
-TEST_F(IsVolumeSimulation, PrintsWhateverErrorTheLookUpGives)
-{
-    volumes.Fail(L"GetVolumeNameForVolumeMountPointW", 1, ERROR_ACCESS_DENIED);
-    CapturedOutput output;
-    EXPECT_FALSE(IsVolume(L"C:"));
-    EXPECT_EQ("GetVolumeNameForVolumeMountPoint(C:\\) failed with 5\n", output.Text());
-}
-
-TEST_F(IsVolumeSimulation, LeavesTheErrorOfTheLookUpWhateverPrintingDoesToIt)
-{
-    const ImportPatch closedOutput("printf", &FailToPrint);
-    volumes.Fail(L"GetVolumeNameForVolumeMountPointW", 1, ERROR_ACCESS_DENIED);
-    EXPECT_FALSE(IsVolume(L"C:"));
-    EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, ::GetLastError());
-}
 
 TEST_F(GetUniqueVolumeNameForPathTest, IsTheVolumeNameForEveryPathOnADrive)
 {
@@ -314,123 +210,4 @@ TEST_F(GetNQUniqueVolumeNameForPathSimulation, LeavesAnAnswerWithoutABackslashAf
             return TRUE;
         });
     EXPECT_EQ(LR"(\\host.domain)", GetNQUniqueVolumeNameForPath(LR"(\\host.domain\share)"));
-}
-
-TEST_F(GetDisplayNameForVolumeNoThrowTest, IsTheDriveOfAVolumeName)
-{
-    std::wstring name = L"before";
-    EXPECT_TRUE(GetDisplayNameForVolumeNoThrow(NameOfDrive(LR"(D:\)"), name));
-    EXPECT_EQ(LR"(D:\)", name);
-}
-
-TEST_F(GetDisplayNameForVolumeNoThrowTest, IsFalseForWhatIsNoVolumeNameAndLeavesTheTextAsItWas)
-{
-    struct Row {
-        const wchar_t* volume;
-        const char* why;
-    };
-    constexpr Row kRows[] = {
-        {L"", "the empty text goes to Windows as it is"},
-        {LR"(C:\)", "a mount path is no volume name"},
-        {LR"(\\?\Volume{00000000-0000-0000-0000-000000000043})", "the trailing backslash is not added"},
-        {LR"(\\?\Volume{12345678-0000-0000-0000-000000000000}\)", "an unknown volume"},
-    };
-    for (const auto& [volume, why] : kRows) {
-        std::wstring name = L"before";
-        EXPECT_FALSE(GetDisplayNameForVolumeNoThrow(volume, name)) << why;
-        EXPECT_EQ(L"before", name) << why;
-    }
-}
-
-TEST_F(GetDisplayNameForVolumeNoThrowSimulation, IsTheFirstPathListedWhetherOrNotItIsTheShorter)
-{
-    std::wstring name;
-    EXPECT_TRUE(GetDisplayNameForVolumeNoThrow(kDataName, name));
-    EXPECT_EQ(LR"(E:\)", name);
-    const SimulatedVolumes longFirst({{kDataName, {LR"(C:\mnt\data\)", LR"(E:\)"}, {}}});
-    EXPECT_TRUE(GetDisplayNameForVolumeNoThrow(kDataName, name));
-    EXPECT_EQ(LR"(C:\mnt\data\)", name);
-    const SimulatedVolumes even({{kDataName, {LR"(F:\)", LR"(E:\)"}, {}}});
-    EXPECT_TRUE(GetDisplayNameForVolumeNoThrow(kDataName, name));
-    EXPECT_EQ(LR"(F:\)", name);
-}
-
-TEST_F(GetDisplayNameForVolumeNoThrowSimulation, IsEmptyAndTrueForAVolumeWithoutAMountPath)
-{
-    const SimulatedVolumes unmounted({{kDataName, {}, {}}});
-    std::wstring name = L"before";
-    EXPECT_TRUE(GetDisplayNameForVolumeNoThrow(kDataName, name));
-    EXPECT_EQ(L"", name);
-}
-
-TEST_F(GetDisplayNameForVolumeNoThrowSimulation, AsksAgainWithTheRoomThatALongListNeeds)
-{
-    const std::wstring first = LR"(C:\)" + std::wstring(200, L'a') + LR"(\)";
-    const std::wstring second = LR"(C:\)" + std::wstring(200, L'b') + LR"(\)";
-    const SimulatedVolumes machine({{kDataName, {first, second}, {}}});
-    std::wstring name;
-    EXPECT_TRUE(GetDisplayNameForVolumeNoThrow(kDataName, name));
-    EXPECT_EQ(first, name);
-    EXPECT_EQ((StringList{L"GetVolumePathNamesForVolumeNameW(" + kDataName + L", 260)",
-                          L"GetVolumePathNamesForVolumeNameW(" + kDataName + L", 411)"}),
-              machine.Calls());
-}
-
-TEST_F(GetDisplayNameForVolumeNoThrowSimulation, NeedsOneQueryForAListOf260CharactersAndTwoFor261)
-{
-    struct Row {
-        std::size_t characters;
-        std::size_t queries;
-    };
-    constexpr Row kRows[] = {{260, 1}, {261, 2}};
-    for (const auto& [characters, queries] : kRows) {
-        const std::wstring path = LR"(C:\)" + std::wstring(characters - 6, L'a') + LR"(\)";
-        const SimulatedVolumes machine({{kDataName, {path}, {}}});
-        std::wstring name;
-        EXPECT_TRUE(GetDisplayNameForVolumeNoThrow(kDataName, name)) << characters;
-        EXPECT_EQ(path, name);
-        EXPECT_EQ(queries, machine.Calls().size()) << characters;
-    }
-}
-
-TEST_F(GetDisplayNameForVolumeNoThrowSimulation, IsFalseWhenTheSecondQueryFailsAndLeavesTheTextAsItWas)
-{
-    SimulatedVolumes machine({{kDataName, {LR"(C:\)" + std::wstring(300, L'a') + LR"(\)"}, {}}});
-    machine.Fail(L"GetVolumePathNamesForVolumeNameW", 2, ERROR_ACCESS_DENIED);
-    std::wstring name = L"before";
-    EXPECT_FALSE(GetDisplayNameForVolumeNoThrow(kDataName, name));
-    EXPECT_EQ(L"before", name);
-    EXPECT_EQ(2U, machine.Calls().size());
-    EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, ::GetLastError());
-}
-
-TEST_F(GetDisplayNameForVolumeNoThrowSimulation, IsFalseAfterOneQueryWhenWindowsNamesNoLength)
-{
-    volumes.Fail(L"GetVolumePathNamesForVolumeNameW", 1, ERROR_MORE_DATA);
-    std::wstring name = L"before";
-    EXPECT_FALSE(GetDisplayNameForVolumeNoThrow(kDataName, name));
-    EXPECT_EQ(L"before", name);
-    EXPECT_EQ(1U, volumes.Calls().size());
-}
-
-TEST_F(GetDisplayNameForVolumeNoThrowSimulation, AsksAgainAfterAnyFailureThatNamesALength)
-{
-    static int calls = 0;
-    calls = 0;
-    const ImportPatch once(
-        "GetVolumePathNamesForVolumeNameW",
-        +[](const wchar_t*, wchar_t* buffer, DWORD capacity, DWORD* needed) -> BOOL {
-            *needed = 5;
-            if (++calls == 1) {
-                ::SetLastError(ERROR_ACCESS_DENIED);
-                return FALSE;
-            }
-            EXPECT_EQ(5U, capacity) << "as many characters as were named, though it is fewer";
-            std::wcscpy(buffer, LR"(G:\)");
-            return TRUE;
-        });
-    std::wstring name;
-    EXPECT_TRUE(GetDisplayNameForVolumeNoThrow(kDataName, name));
-    EXPECT_EQ(LR"(G:\)", name);
-    EXPECT_EQ(2, calls);
 }

@@ -1,7 +1,7 @@
 // Free and total space, on the volumes of this machine and on simulated ones.
 
-#include "tests/support/AllocationFault.h"
 #include "tests/support/LibraryTest.h"
+#include "tests/support/MemoryFault.h"
 #include "tests/support/SimulatedVolumes.h"
 
 namespace {
@@ -247,9 +247,9 @@ TEST_F(GetVolumeMaxFreeSpaceSimulation, GivesTheBestPathSoFarWhenMemoryRunsShort
             {{VolumeNumber(1), {LR"(C:\)"}, {}, 5, 100}, {VolumeNumber(2), {kLongMountPath}, {}, 9, 100}});
         std::wstring volume;
         {
-            const AllocationFault fault(allocation);
+            const MemoryFault fault(allocation);
             EXPECT_NO_THROW(volume = GetVolumeMaxFreeSpace());
-            happened = fault.Happened();
+            happened = MemoryFault::HasStruck();
         }
         answers.push_back(volume);
     }

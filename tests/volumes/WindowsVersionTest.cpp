@@ -1,12 +1,11 @@
 // Windows versions: those that a process can be shown on this machine, and the rest by simulation.
 
+#include "tests/support/ChildProcess.h"
 #include "tests/support/LibraryTest.h"
 
 #include <cstring>
 
 namespace {
-
-constexpr DWORD kPatience = 60000; // milliseconds
 
 std::wstring DirectoryOfThisProgram()
 {
@@ -37,19 +36,8 @@ private:
 // Runs a program with one argument, in the directory where it finds the library.
 void RunProgram(const std::wstring& program, const std::wstring& argument)
 {
-    std::wstring command = L"\"" + program + L"\" \"" + argument + L"\"";
-    STARTUPINFOW startup = {};
-    startup.cb = sizeof(startup);
-    PROCESS_INFORMATION process = {};
-    ASSERT_TRUE(::CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                                 DirectoryOfThisProgram().c_str(), &startup, &process))
-        << "error " << ::GetLastError();
-    EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(process.hProcess, kPatience));
-    DWORD code = 1;
-    ::GetExitCodeProcess(process.hProcess, &code);
-    EXPECT_EQ(0U, code);
-    ::CloseHandle(process.hProcess);
-    ::CloseHandle(process.hThread);
+    const UniqueHandle process = StartProgram(program, {argument}, DirectoryOfThisProgram());
+    EXPECT_EQ(0U, ExitCodeOf(process.get()));
 }
 
 // Each version in a process of its own, by a program of a name of its own.

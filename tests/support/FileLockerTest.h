@@ -6,11 +6,11 @@
 
 // The first process that a program starts may cost it a handle for good, as it does under Wine. It is started before
 // the handles are counted.
-class HolderTest : public LibraryTest {
+class FileLockerTest : public LibraryTest {
 protected:
     static void SetUpTestSuite()
     {
         const TestDirectory tree;
-        const HolderProcess first(tree.File(L"file"), GENERIC_READ, 0);
+        const FileLockerProcess first(tree.File(L"file"), GENERIC_READ, 0);
     }
 };
