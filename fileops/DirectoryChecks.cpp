@@ -77,12 +77,8 @@ bool CVssFileManager::isDirectoryExists(const std::wstring& path)
     if (!NormalizeDirectoryPath(directory)) {
         return false;
     }
-    const CurrentDirectoryGuard restore;
-    if (!restore.CanRestore()) {
-        ReportLastError();
-        return false;
-    }
-    return ChangeCurrentDirectory(directory);
+    const CurrentDirectoryGuard currentDirectory;
+    return currentDirectory.Enter(directory);
 }
 
 bool CVssFileManager::isDirectoryReadWritable(const std::wstring& path, std::uint32_t /*accessMask*/)

@@ -90,9 +90,9 @@ bool CVssFileManager::RecursivelyCreateDirectory(const std::wstring& path)
     if (!NormalizeDirectoryPath(directory)) {
         return false;
     }
-    const CurrentDirectoryGuard restore;
-    const std::wstring created = CreateComponents(directory, restore.CanRestore());
-    if (restore.CanRestore() && !ChangeCurrentDirectory(created)) {
+    const CurrentDirectoryGuard currentDirectory;
+    const std::wstring created = CreateComponents(AppendBackslash(directory.c_str()), currentDirectory);
+    if (!currentDirectory.Enter(created)) {
         ReportUnreachableDirectory(created);
     }
     // Deliberately true, even if the directory could not be entered: callers that need certainty call isDirectoryExists
@@ -101,14 +101,13 @@ bool CVssFileManager::RecursivelyCreateDirectory(const std::wstring& path)
 }
 
 // Returns the path of the innermost component. No failure stops the creation.
-std::wstring CVssFileManager::CreateComponents(const std::wstring& directory, bool entersDirectories)
+std::wstring CVssFileManager::CreateComponents(const std::wstring& directory,
+                                               const CurrentDirectoryGuard& currentDirectory)
 {
     CreationPlan plan = PlanCreation(directory);
     std::wstring created = std::move(plan.root);
     for (const std::wstring& component : plan.components) {
-        if (entersDirectories) {
-            ChangeCurrentDirectory(created);
-        }
+        static_cast<void>(currentDirectory.Enter(created));
         created += L'\\';
         created += component;
         if (::_wmkdir(created.c_str()) == -1) {

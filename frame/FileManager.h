@@ -12,6 +12,8 @@
 #include <string>
 #include <vector>
 
+class CurrentDirectoryGuard; // paths/CurrentDirectory.h
+
 namespace quorvantavss {
 
 // The outcome of opening a file for reading.
@@ -98,7 +100,8 @@ public:
 
 private:
     [[nodiscard]] bool CopyInto(const std::wstring& source, const std::wstring& directory, const std::wstring* name);
-    [[nodiscard]] std::wstring CreateComponents(const std::wstring& directory, bool entersDirectories);
+    [[nodiscard]] std::wstring CreateComponents(const std::wstring& directory,
+                                                const CurrentDirectoryGuard& currentDirectory);
     void ReportUnreachableDirectory(const std::wstring& directory);
     [[nodiscard]] bool DeleteOneFile(const std::wstring& path);
     [[nodiscard]] bool DeleteFilesOf(const std::wstring& directory);

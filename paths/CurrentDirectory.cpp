@@ -11,28 +11,6 @@
 #include <cerrno>
 #include <cwchar>
 
-namespace {
-
-// For a directory that does not fit the runtime's buffer. Empty if it cannot be read.
-std::wstring ReadLongCurrentDirectory()
-{
-    std::wstring directory(::GetCurrentDirectoryW(0, nullptr), L'\0');
-    const DWORD length = ::GetCurrentDirectoryW(static_cast<DWORD>(directory.size()), directory.data());
-    directory.resize(length < directory.size() ? length : 0);
-    return directory;
-}
-
-std::wstring ReadDirectoryToRestore()
-{
-    if (std::optional<std::wstring> directory = ReadCurrentDirectory()) {
-        return *std::move(directory);
-    }
-    const LastErrorGuard keepLastError;
-    return ReadLongCurrentDirectory();
-}
-
-} // namespace
-
 std::optional<std::wstring> ReadCurrentDirectory()
 {
     wchar_t directory[MAX_PATH];
@@ -47,15 +25,28 @@ bool ChangeCurrentDirectory(const std::wstring& directory)
     return ::_wchdir(directory.c_str()) != -1;
 }
 
-CurrentDirectoryGuard::CurrentDirectoryGuard() : m_saved(ReadDirectoryToRestore()) {}
+CurrentDirectoryGuard::CurrentDirectoryGuard() : m_saved(ReadCurrentDirectory()) {}
 
 CurrentDirectoryGuard::~CurrentDirectoryGuard()
 {
-    if (!CanRestore()) {
+    if (!m_saved) {
         return;
     }
     const LastErrorGuard keepLastError;
     const int errnoBefore = errno;
-    ChangeCurrentDirectory(m_saved);
+    ChangeCurrentDirectory(*m_saved);
     errno = errnoBefore;
+}
+
+bool CurrentDirectoryGuard::Enter(const std::wstring& directory) const
+{
+    if (m_saved) {
+        return ChangeCurrentDirectory(directory);
+    }
+    const DWORD attributes = ::GetFileAttributesW(directory.c_str());
+    const bool isDirectory = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    if (!isDirectory) {
+        errno = ENOENT;
+    }
+    return isDirectory;
 }

@@ -19,9 +19,10 @@ public:
     CurrentDirectoryGuard(const CurrentDirectoryGuard&) = delete;
     CurrentDirectoryGuard& operator=(const CurrentDirectoryGuard&) = delete;
 
-    // False if the current directory could not be read in any way. Nothing may then change it.
-    [[nodiscard]] bool CanRestore() const noexcept { return !m_saved.empty(); }
+    // Changes the process's current directory, and returns whether that succeeded. If there is no directory to go back
+    // to, because the current one cannot be read, nothing is changed and the attributes of `directory` decide.
+    [[nodiscard]] bool Enter(const std::wstring& directory) const;
 
 private:
-    std::wstring m_saved;
+    std::optional<std::wstring> m_saved;
 };

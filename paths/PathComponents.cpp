@@ -20,6 +20,8 @@ void PathComponents::Split(const std::wstring& path)
 void PathComponents::SplitInto(const std::wstring& path, wchar_t* directory, wchar_t* name, wchar_t* extension,
                                std::size_t capacity)
 {
+    // Not every failure writes the buffers.
+    m_driveBuffer[0] = *directory = *name = *extension = L'\0';
     ::_wsplitpath_s(path.c_str(), m_driveBuffer, kDriveCapacity, directory, capacity, name, capacity, extension,
                     capacity);
     m_drive = m_driveBuffer;

@@ -42,6 +42,18 @@ prepare() {
     : >"$prefix/.prepared"
 }
 
+# Reparse points that lead back to their own top, and names with separators: what programs under Wine cannot create.
+plant_odd_entries() {
+    links=$prefix/drive_c/kestrovane-links names=$prefix/drive_c/kestrovane-names
+    mkdir -p "$links/loop/sub" "$links/linked" "$links/target" "$names/top/sub" "$names/top/..\\out"
+    touch "$links/loop/file" "$links/target/file" "$names/victim.txt" "$names/top/..\\victim.txt" \
+        "$names/top/plain.txt" "$names/top/sub/inner.txt"
+    ln -sfn ../loop "$links/loop/first"
+    ln -sfn ../loop "$links/loop/second"
+    ln -sfn ../../loop "$links/loop/sub/up"
+    ln -sfn ../target "$links/linked/other"
+}
+
 start() {
     if [ ! -e "$prefix/.prepared" ]; then
         rm -rf "$prefix"
@@ -49,6 +61,7 @@ start() {
         prepare >"$prefix.log" 2>&1 || { echo "wine.sh: no Wine prefix could be made; see $prefix.log" >&2; exit 1; }
     fi
     seal
+    plant_odd_entries
     # A program that starts the server itself would leave it its output, and whoever reads that waits for ever.
     wineserver -p >/dev/null 2>&1 </dev/null || true
     wine wineboot >/dev/null 2>&1 </dev/null

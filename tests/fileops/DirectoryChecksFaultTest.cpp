@@ -31,11 +31,6 @@ wchar_t* __cdecl FailToReadCurrentDirectory(wchar_t* /*buffer*/, int /*room*/)
     return nullptr;
 }
 
-DWORD WINAPI FailToReadCurrentDirectoryAtAll(DWORD /*room*/, wchar_t* /*buffer*/)
-{
-    return 0;
-}
-
 } // namespace
 
 class IsDirectoryExistsFault : public LibraryTest {
@@ -95,13 +90,15 @@ TEST_F(IsDirectoryExistsFault, CurrentDirectoryThatTheRuntimeCannotReadIsPutBack
     EXPECT_EQ(tree.Path(L"here"), CurrentDirectory());
 }
 
-// There is nowhere to go back to then; nothing but an empty path is tried.
-TEST_F(IsDirectoryExistsFault, CurrentDirectoryThatNobodyCanReadIsHarmless)
+TEST_F(IsDirectoryExistsFault, UnreadableCurrentDirectoryIsNotChanged)
 {
     const WorkingDirectory inside(tree.Root());
     const ImportPatch unreadable("_wgetcwd", &FailToReadCurrentDirectory);
-    const ImportPatch unknown("GetCurrentDirectoryW", &FailToReadCurrentDirectoryAtAll);
     const ImportPatch recorded("_wchdir", &ChangeAndRecord);
     EXPECT_TRUE(isDirectoryExists(tree.Root()));
-    EXPECT_EQ((StringList{L"_wchdir " + tree.Root() + L"\\", L"_wchdir "}), CallLog::Take());
+    EXPECT_FALSE(isDirectoryExists(tree.Path(L"missing")));
+    EXPECT_FALSE(isDirectoryExists(tree.File(L"file")));
+    EXPECT_TRUE(RecursivelyCreateDirectory(tree.Path(LR"(a\b)")));
+    EXPECT_TRUE(IsDirectory(tree.Path(LR"(a\b)")));
+    EXPECT_EQ(StringList{}, CallLog::Take());
 }

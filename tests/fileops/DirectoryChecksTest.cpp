@@ -1,25 +1,12 @@
 // Whether a directory can be entered, and whether its access list grants reading and writing.
 
+#include "tests/support/Dacl.h"
 #include "tests/support/LibraryTest.h"
 #include "tests/support/WorkingDirectory.h"
-
-#include <sddl.h>
 
 #include <cerrno>
 
 namespace {
-
-// Replaces the access list of a directory by SDDL text.
-void SetAccessList(const std::wstring& path, const wchar_t* sddl)
-{
-    PSECURITY_DESCRIPTOR descriptor = nullptr;
-    ASSERT_TRUE(::ConvertStringSecurityDescriptorToSecurityDescriptorW(sddl, SDDL_REVISION_1, &descriptor, nullptr));
-    const UniqueLocalMemory<void> owner(descriptor);
-    EXPECT_TRUE(::SetFileSecurityW(path.c_str(), DACL_SECURITY_INFORMATION, descriptor)) << ::GetLastError();
-}
-
-constexpr const wchar_t* kEveryoneMayRead = L"D:(A;;FR;;;WD)";
-constexpr const wchar_t* kEveryoneMayAll = L"D:(A;OICI;FA;;;WD)";
 
 std::wstring WithForwardSlashes(std::wstring path)
 {
@@ -176,9 +163,9 @@ TEST_F(IsDirectoryReadWritableTest, IsTrueForWhatTheUserMayReadAndWrite)
 TEST_F(IsDirectoryReadWritableTest, IsFalseForADirectoryThatGrantsReadingAlone)
 {
     const std::wstring directory = tree.Directory(L"dir");
-    SetAccessList(directory, kEveryoneMayRead);
+    SetDacl(directory, kEveryoneMayRead);
     EXPECT_FALSE(isDirectoryReadWritable(directory));
-    SetAccessList(directory, kEveryoneMayAll);
+    SetDacl(directory, kEveryoneMayAll);
     EXPECT_TRUE(isDirectoryReadWritable(directory));
     EXPECT_EQ(StringList(), host.Lines());
 }

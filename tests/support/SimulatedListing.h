@@ -65,7 +65,8 @@ public:
         return static_cast<std::size_t>(std::count_if(m_searches.begin(), m_searches.end(),
                                                       [](const Search& search) { return search.entries != nullptr; }));
     }
-    std::size_t OpenedSearches() const { return m_searches.size(); } // closed ones included
+    const std::vector<std::intptr_t>& ClosedInOrder() const { return m_closed; } // counted from 1, as they were opened
+    std::size_t OpenedSearches() const { return m_searches.size(); }             // closed ones included
 
 private:
     struct Search {
@@ -114,6 +115,7 @@ private:
     {
         EXPECT_NE(nullptr, At(handle).entries) << "a search was closed twice";
         At(handle).entries = nullptr;
+        s_current->m_closed.push_back(handle);
         return 0;
     }
 
@@ -125,6 +127,7 @@ private:
     std::function<void(const std::wstring&)> m_onOpen;
     std::vector<std::wstring> m_patterns;
     std::vector<Search> m_searches;
+    std::vector<std::intptr_t> m_closed;
     ImportPatch m_first;
     ImportPatch m_next;
     ImportPatch m_close;

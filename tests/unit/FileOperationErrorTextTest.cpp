@@ -2,6 +2,7 @@
 
 #include "frame/FileManager.h"
 
+#include "tests/support/Dacl.h"
 #include "tests/support/FileTools.h"
 #include "tests/support/SilentHost.h"
 #include "tests/support/TestDirectory.h"
@@ -167,4 +168,16 @@ TEST_F(FileOperationErrorTextTest, FreeFunctionsLeaveTheErrorTextAlone)
     EXPECT_EQ(L"errno: 13 an older failure", g_fileManager.GetErrorText());
     EXPECT_TRUE(IsCanReplaceFile(missing));
     EXPECT_EQ(L"", g_fileManager.GetErrorText());
+}
+
+TEST_F(FileOperationErrorTextTest, AccessMaskIsIgnored)
+{
+    constexpr std::uint32_t kRead = GENERIC_READ;
+    const std::wstring readOnly = tree.Directory(L"read-only");
+    SetDacl(readOnly, kEveryoneMayRead);
+    for (const std::uint32_t mask : {std::uint32_t{0}, kRead, std::uint32_t{GENERIC_WRITE}}) {
+        EXPECT_FALSE(manager.isDirectoryReadWritable(readOnly, mask));
+        EXPECT_TRUE(manager.isDirectoryReadWritable(tree.Root(), mask));
+    }
+    SetDacl(readOnly, kEveryoneMayAll);
 }

@@ -71,9 +71,9 @@ TEST_F(PathValidation, NormalizeDirectoryPathAddsTheBackslashFirst)
         {L"..", true, tree.Root() + LR"(\)", "climbs, because it has a backslash now"},
         {LR"(\)", true, LR"(C:\)", "rooted"},
         {L"/", true, LR"(C:\)", "rooted"},
-        {std::wstring(L"C:\\x\0\\y", 7), true, LR"(C:\x\)", "ends at a terminator inside"},
-        {std::wstring(L"C:\\x\0*", 6), true, LR"(C:\x\)", "what stands behind one is not refused"},
-        {std::wstring(L"\0x", 2), true, here + LR"(\)", "a terminator in front: empty"},
+        {std::wstring(L"C:\\x\0\\y", 7), true, std::wstring(L"C:\\x\0\\y\\", 8), "not cut at a NUL"},
+        {std::wstring(L"C:\\x\0*", 6), true, std::wstring(L"C:\\x\0*\\", 7), "validated up to the NUL"},
+        {std::wstring(L"\0x", 2), true, here + L"\\" + std::wstring(L"\0x\\", 3), "nothing before the NUL: relative"},
         {LR"(C:\a*)", false, LR"(C:\a*\)", "refused"},
         {LR"(C:\a:b)", false, LR"(C:\a:b\)", "refused"},
     };

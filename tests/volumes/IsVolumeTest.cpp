@@ -77,3 +77,18 @@ TEST_F(IsVolumeSimulation, LeavesTheErrorOfTheLookUpWhateverPrintingDoesToIt)
     EXPECT_FALSE(IsVolume(L"C:"));
     EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, ::GetLastError());
 }
+
+TEST_F(IsVolumeTest, ErrorCodeIsPrintedWhateverThePathHolds)
+{
+    const std::pair<std::wstring, std::string> cases[] = {
+        {L"Q:\\\u0436\u03B1", "Q:\\??\\"},
+        {L"Q:\\\xD83D\xDE00", "Q:\\??\\"},
+        {L"Q:\\\xD800x", "Q:\\?x\\"},
+        {L"Q:\\\u00E9", "Q:\\\xE9\\"},
+    };
+    for (const auto& [path, shown] : cases) {
+        CapturedOutput output;
+        EXPECT_FALSE(IsVolume(path));
+        EXPECT_EQ("GetVolumeNameForVolumeMountPoint(" + shown + ") failed with 4390\n", output.Text());
+    }
+}

@@ -1,0 +1,47 @@
+// Reparse points that lead back to a folder on the way down. Below C:\kestrovane-links, tools/wine.sh creates them for
+// real.
+
+#include "tests/security/ObjectOwnerFixture.h"
+
+namespace {
+
+const std::wstring kLoop = LR"(C:\kestrovane-links\loop)";
+const std::wstring kLinked = LR"(C:\kestrovane-links\linked)";
+
+} // namespace
+
+class ReparseLoopTest : public ChangeObjectOwnerTest {
+protected:
+    void SetUp() override
+    {
+        ChangeObjectOwnerTest::SetUp();
+        if (!PathExists(kLoop)) {
+            GTEST_SKIP() << "this platform has no reparse points";
+        }
+    }
+};
+
+TEST_F(ReparseLoopTest, LinksToTheirOwnTopAreChangedButNotEntered)
+{
+    EXPECT_TRUE(ChangeObjectOwner(kLoop, kAccount));
+    EXPECT_EQ((StringList{kLoop, kLoop + LR"(\file)", kLoop + LR"(\first)", kLoop + LR"(\second)", kLoop + LR"(\sub)",
+                          kLoop + LR"(\sub\up)"}),
+              WrittenPaths());
+}
+
+TEST_F(ReparseLoopTest, LinkToAnotherFolderIsEntered)
+{
+    EXPECT_TRUE(ChangeObjectOwner(kLinked, kAccount));
+    EXPECT_EQ((StringList{kLinked, kLinked + LR"(\other)", kLinked + LR"(\other\file)"}), WrittenPaths());
+}
+
+TEST_F(ChangeObjectOwnerTest, PathEndsAtItsFirstNul)
+{
+    tree.File(LR"(top\sub\file)");
+    const std::wstring top = tree.Path(L"top");
+    const StringList expected = {top, top + LR"(\sub)", top + LR"(\sub\file)"};
+    EXPECT_TRUE(ChangeObjectOwner(top + L'\0' + L"junk", kAccount));
+    EXPECT_EQ(expected, WrittenPaths());
+    EXPECT_TRUE(ChangeObjectOwner(top + L'\0', kAccount));
+    EXPECT_EQ(expected.size() * 2, WrittenPaths().size());
+}
