@@ -1,7 +1,8 @@
+/// @file
 /// BSTR strings of the Kestrovane interface: CComBSTR and the exception CAtlException.
 ///
-/// Where the toolchain has ATL, its own classes are used. Elsewhere this header gives small classes of the
-/// same names that behave as ATL users expect, as far as this library and its hosts need them.
+/// If the toolchain has ATL, its own classes are used. Otherwise this header defines small classes of the same names
+/// that behave as ATL users expect, as far as this library and its hosts need them.
 #pragma once
 
 #if __has_include(<atlbase.h>)
@@ -17,7 +18,7 @@
 #include <memory>
 #include <utility>
 
-/// A failure of a BSTR string. Hosts catch it by type; the DLL and its host share the C++ runtime for that.
+/// A failure of a BSTR string. Hosts catch it by type, which requires that DLL and host share the C++ runtime.
 class CAtlException {
 public:
     CAtlException() noexcept = default;
@@ -25,25 +26,25 @@ public:
 
     operator HRESULT() const noexcept { return m_hr; } // NOLINT(google-explicit-constructor): as ATL has it
 
-    HRESULT m_hr = E_FAIL; ///< what went wrong: E_OUTOFMEMORY (0x8007000E) or the result of a failed append
+    HRESULT m_hr = E_FAIL; ///< E_OUTOFMEMORY (0x8007000E), or the result of a failed append
 };
 
 /// Owns one BSTR (a length-prefixed COM string). A null string is an empty one.
 ///
-/// Constructors and assignments throw CAtlException(E_OUTOFMEMORY) when no string can be allocated and
-/// leave an assigned-to object as it was. Not for use by two threads at once.
+/// Constructors and assignments throw CAtlException(E_OUTOFMEMORY) if no string can be allocated; the target of an
+/// assignment is then unchanged. Not for use by two threads at once.
 class CComBSTR {
 public:
     CComBSTR() noexcept = default;
 
-    /// A copy of zero-terminated text; null gives a null string.
-    CComBSTR(const OLECHAR* text) : m_str(Allocated(text)) {} // NOLINT(google-explicit-constructor)
+    /// Copies a NUL-terminated string; null results in a null string.
+    CComBSTR(const OLECHAR* string) : m_str(Allocated(string)) {} // NOLINT(google-explicit-constructor)
 
-    /// Room for `length` characters, all zero; 0 gives a null string, a negative length throws E_INVALIDARG.
+    /// Allocates `length` characters, all NUL; 0 results in a null string, a negative length throws E_INVALIDARG.
     explicit CComBSTR(int length) : m_str(Allocated(length, nullptr)) {}
 
-    /// The first `length` characters of `text`, terminators included; 0 gives a null string.
-    CComBSTR(int length, const OLECHAR* text) : m_str(Allocated(length, text)) {}
+    /// Copies `length` characters, embedded NULs included; 0 results in a null string.
+    CComBSTR(int length, const OLECHAR* characters) : m_str(Allocated(length, characters)) {}
 
     CComBSTR(const CComBSTR& other) : m_str(other.CopyOrThrow()) {}
     CComBSTR(CComBSTR&& other) noexcept : m_str(other.Detach()) {}
@@ -65,10 +66,10 @@ public:
         return *this;
     }
 
-    CComBSTR& operator=(const OLECHAR* text)
+    CComBSTR& operator=(const OLECHAR* string)
     {
-        if (text != m_str || text == nullptr) {
-            Attach(Allocated(text));
+        if (string != m_str || string == nullptr) {
+            Attach(Allocated(string));
         }
         return *this;
     }
@@ -77,22 +78,22 @@ public:
     BSTR* operator&() noexcept { return &m_str; }    // NOLINT(google-runtime-operator): as ATL has it
     bool operator!() const noexcept { return m_str == nullptr; }
 
-    /// Length in characters, without the terminator; 0 for a null string.
-    unsigned int Length() const noexcept { return ::SysStringLen(m_str); }
+    /// Returns the length in characters, without the terminator; 0 for a null string.
+    [[nodiscard]] unsigned int Length() const noexcept { return ::SysStringLen(m_str); }
 
-    /// Appends `length` characters of `text`. On failure the string stays as it was.
-    /// @return S_OK, E_INVALIDARG for a null text or a negative length, E_OUTOFMEMORY.
-    HRESULT Append(const OLECHAR* text, int length) noexcept
+    /// Appends `length` characters. On failure, the string is unchanged.
+    /// @return S_OK, E_INVALIDARG for a null pointer or a negative length, or E_OUTOFMEMORY.
+    HRESULT Append(const OLECHAR* characters, int length) noexcept
     {
         if (length == 0) {
             return S_OK;
         }
-        if (text == nullptr || length < 0) {
+        if (characters == nullptr || length < 0) {
             return E_INVALIDARG;
         }
         const unsigned int old = Length();
         const auto added = static_cast<unsigned int>(length);
-        if (added > kLongest - old) {
+        if (added > kMaxLength - old) {
             return E_OUTOFMEMORY;
         }
         OLECHAR* const joined = ::SysAllocStringLen(nullptr, old + added);
@@ -103,50 +104,52 @@ public:
             joined[i] = m_str[i];
         }
         for (unsigned int i = 0; i < added; ++i) {
-            joined[old + i] = text[i];
+            joined[old + i] = characters[i];
         }
         Attach(joined);
         return S_OK;
     }
 
-    HRESULT Append(const OLECHAR* text) noexcept { return text == nullptr ? S_OK : Append(text, ::lstrlenW(text)); }
+    HRESULT Append(const OLECHAR* string) noexcept
+    {
+        return string == nullptr ? S_OK : Append(string, ::lstrlenW(string));
+    }
 
     HRESULT Append(const CComBSTR& other) noexcept { return Append(other.m_str, static_cast<int>(other.Length())); }
 
-    /// A new string with the same text, which the caller frees with SysFreeString; null when this one is null
-    /// or memory is short.
-    BSTR Copy() const noexcept { return m_str == nullptr ? nullptr : ::SysAllocStringLen(m_str, Length()); }
+    /// Returns a copy that the caller frees with SysFreeString; null if this string is null or memory is short.
+    [[nodiscard]] BSTR Copy() const noexcept { return m_str == nullptr ? nullptr : ::SysAllocStringLen(m_str, Length()); }
 
-    /// Takes over `text` and frees the old string.
-    void Attach(BSTR text) noexcept
+    /// Takes ownership of `string` and frees the former one.
+    void Attach(BSTR string) noexcept
     {
-        if (text != m_str) {
-            ::SysFreeString(std::exchange(m_str, text));
+        if (string != m_str) {
+            ::SysFreeString(std::exchange(m_str, string));
         }
     }
 
-    /// Gives the string away; the caller frees it with SysFreeString.
+    /// Gives up ownership; the caller frees the string with SysFreeString.
     BSTR Detach() noexcept { return std::exchange(m_str, nullptr); }
 
-    /// Frees the string; it is null afterwards.
+    /// Frees the string, which is then null.
     void Empty() noexcept { Attach(nullptr); }
 
-    BSTR m_str = nullptr; ///< the string itself, null when empty
+    BSTR m_str = nullptr; ///< the string itself; may be null
 
 private:
-    static constexpr unsigned int kLongest = 0x3FFFFFFF; // characters: a BSTR counts its bytes in 31 bits
+    static constexpr unsigned int kMaxLength = 0x3FFFFFFF; // characters: a BSTR counts its bytes in 31 bits
 
-    static BSTR Checked(BSTR text, bool wanted)
+    static BSTR Checked(BSTR string, bool required)
     {
-        if (wanted && text == nullptr) {
+        if (required && string == nullptr) {
             throw CAtlException(E_OUTOFMEMORY);
         }
-        return text;
+        return string;
     }
 
-    static BSTR Allocated(const OLECHAR* text) { return Checked(::SysAllocString(text), text != nullptr); }
+    static BSTR Allocated(const OLECHAR* string) { return Checked(::SysAllocString(string), string != nullptr); }
 
-    static BSTR Allocated(int length, const OLECHAR* text)
+    static BSTR Allocated(int length, const OLECHAR* characters)
     {
         if (length < 0) {
             throw CAtlException(E_INVALIDARG);
@@ -154,13 +157,13 @@ private:
         if (length == 0) {
             return nullptr;
         }
-        OLECHAR* const room = Checked(::SysAllocStringLen(text, static_cast<unsigned int>(length)), true);
-        if (text == nullptr) { // Windows leaves the characters as they were
+        OLECHAR* const allocated = Checked(::SysAllocStringLen(characters, static_cast<unsigned int>(length)), true);
+        if (characters == nullptr) { // Windows does not initialise the characters
             for (int i = 0; i < length; ++i) {
-                room[i] = L'\0';
+                allocated[i] = L'\0';
             }
         }
-        return room;
+        return allocated;
     }
 
     BSTR CopyOrThrow() const { return Checked(Copy(), m_str != nullptr); }

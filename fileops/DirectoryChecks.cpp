@@ -14,8 +14,8 @@ namespace {
 constexpr SECURITY_INFORMATION kOwnerGroupAndDacl =
     OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
 
-// The process token. Kept for compatibility: it is closed even if it could not be opened, and the last error is then that
-// of the close.
+// The process token. Kept for compatibility: it is closed even if it could not be opened, and the last error is then
+// that of the close.
 class ProcessToken {
 public:
     ProcessToken() noexcept = default;

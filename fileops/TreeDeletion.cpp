@@ -189,8 +189,8 @@ bool CVssFileManager::CleanUpLongPath(const std::wstring& directory)
     if (!NormalizeDirectoryPath(base) || !WalkDirectories(base, directories)) {
         return false;
     }
-    // Kept for compatibility: this loop has no end of its own. After the first directory, and at once after a failure, it
-    // accesses an element that does not exist, which is reported as an invalid parameter.
+    // Kept for compatibility: this loop has no end of its own. After the first directory, and at once after a failure,
+    // it accesses an element that does not exist, which is reported as an invalid parameter.
     bool result = true;
     for (std::size_t i = directories.size() - 1; i < directories.size() && result; --i) {
         result = RemoveOneDirectory(directories[i]);

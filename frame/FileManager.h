@@ -63,11 +63,11 @@ public:
     // Creation (fileops/DirectoryCreation.cpp). True for every valid path, even if nothing could be created.
     [[nodiscard]] bool RecursivelyCreateDirectory(const std::wstring& path);
 
-    // Listings (fileops/DirectoryScan.cpp, fileops/DirectoryWalk.cpp, fileops/Listings.cpp). ScanDirectory adds files to
-    // a list that is sorted or empty, WalkDirectories adds directories to any list. Both return false if the directory is
-    // invalid, missing or, in the walk, cannot be searched; what was added before stays in the list. Entries whose names
-    // hold a separator lead out of their directory; a damaged volume or a hostile server may return them. They are
-    // skipped; `invalid` receives such files.
+    // Listings (fileops/DirectoryScan.cpp, fileops/DirectoryWalk.cpp, fileops/Listings.cpp). ScanDirectory adds files
+    // to a list that is sorted or empty, WalkDirectories adds directories to any list. Both return false if the
+    // directory is invalid, missing or, in the walk, cannot be searched; what was added before stays in the list.
+    // Entries whose names hold a separator lead out of their directory; a damaged volume or a hostile server may return
+    // them. They are skipped; `invalid` receives such files.
     bool ScanDirectory(const std::wstring& filter, const std::wstring& directory, std::vector<std::wstring>& files,
                        bool fullPath, std::vector<std::wstring>* invalid = nullptr);
     [[nodiscard]] bool WalkDirectories(const std::wstring& directory, std::vector<std::wstring>& directories);

@@ -45,7 +45,8 @@ void AssignOrThrow(std::wstring& target, std::wstring_view string)
     }
 }
 
-// Returns the alternate location followed by the input after the mapped length; nothing follows if the input is shorter.
+// Returns the alternate location followed by the input after the mapped length; nothing follows if the input is
+// shorter.
 CComBSTR Relocate(const CComBSTR& input, std::size_t mappedLength, const std::wstring& alternateLocation)
 {
     CComBSTR relocated(alternateLocation.c_str());

@@ -79,8 +79,8 @@ Sid LookUpSid(const std::wstring& account)
 }
 
 // Returns the DACL of an object, which may be null; nothing after a failure, which is logged with the thread's last
-// error. Kept for compatibility: the security descriptor that holds the DACL is never freed, because Windows is not asked
-// for its address.
+// error. Kept for compatibility: the security descriptor that holds the DACL is never freed, because Windows is not
+// asked for its address.
 std::optional<PACL> ReadDacl(const std::wstring& path, const char* failureFormat)
 {
     g_pfnLogger(kProgressLevel, "Getting DACL for file/folder %S.\n", path.c_str());
@@ -107,7 +107,8 @@ std::optional<UniqueLocalMemory<ACL>> WithFullAccess(PACL dacl, PSID sid, const 
     PACL extended = nullptr;
     const DWORD error = ::SetEntriesInAclW(1, &entry, dacl, &extended);
     if (error != ERROR_SUCCESS) {
-        // Deliberately the path first, although the format takes the error alone: hosts know the arguments of this line.
+        // Deliberately the path first, although the format takes the error alone: hosts know the arguments of this
+        // line.
         g_pfnLogger(g_detailLevel, "Error creating new DACL for file/folder to include new owner - error %u.\n",
                     path.c_str(), static_cast<unsigned>(error));
         return std::nullopt;
@@ -165,7 +166,8 @@ void EnterIfFolder(const std::wstring& path, const std::wstring& account, OpenFo
     }
 }
 
-// Whether an entry is a reparse point that leads back to a folder on the way down. Entered, it would lead there for ever.
+// Whether an entry is a reparse point that leads back to a folder on the way down. Entered, it would lead there for
+// ever.
 bool LeadsToOpenFolder(const FolderWalk& folder, const std::wstring& path, OpenFolders& open)
 {
     if (!folder.IsAtReparsePoint()) {

@@ -46,8 +46,8 @@ void QueryVolumePathInto(const CComBSTR& directory, const CComBSTR& volumePath)
     }
     const DWORD error = ::GetLastError();
     std::fill_n(volumePath.m_str, capacity, L'\0');
-    // Others fail. The volume path of a bare drive (C:) is known all the same; a bare mount folder counts as a folder of
-    // its drive.
+    // Others fail. The volume path of a bare drive (C:) is known all the same; a bare mount folder counts as a folder
+    // of its drive.
     if (error == ERROR_FILENAME_EXCED_RANGE && BeginsWithDriveRoot(directory.m_str)) {
         std::copy_n(directory.m_str, kDriveRootLength, volumePath.m_str);
     }
