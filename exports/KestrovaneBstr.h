@@ -118,7 +118,10 @@ public:
     HRESULT Append(const CComBSTR& other) noexcept { return Append(other.m_str, static_cast<int>(other.Length())); }
 
     /// Returns a copy that the caller frees with SysFreeString; null if this string is null or memory is short.
-    [[nodiscard]] BSTR Copy() const noexcept { return m_str == nullptr ? nullptr : ::SysAllocStringLen(m_str, Length()); }
+    [[nodiscard]] BSTR Copy() const noexcept
+    {
+        return m_str == nullptr ? nullptr : ::SysAllocStringLen(m_str, Length());
+    }
 
     /// Takes ownership of `string` and frees the former one.
     void Attach(BSTR string) noexcept
