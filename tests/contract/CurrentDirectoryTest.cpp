@@ -1,36 +1,13 @@
-// The process's current directory, which several functions move: it is put back whatever becomes of the call.
+// The process's current directory, which several functions change: every exported function restores it.
 
-#include "tests/support/LibraryTest.h"
-#include "tests/support/MemoryMeters.h"
-#include "tests/support/SilentHost.h"
-#include "tests/support/WorkingDirectory.h"
+#include "tests/contract/EveryFunctionFixture.h"
 
 #include <direct.h>
 #include <io.h>
 
 #include <cerrno>
-#include <functional>
-#include <new>
-#include <stdexcept>
 
 namespace {
-
-struct Operation {
-    const char* name;
-    std::function<void()> call;
-};
-
-// Thrown by a host in the middle of a call.
-struct HostGivesUp {};
-bool g_throws = false;
-
-int __cdecl ThrowingLog(int /*level*/, const char* /*format*/, ...)
-{
-    if (g_throws) {
-        throw HostGivesUp();
-    }
-    return 0;
-}
 
 // Failing imports. A change to g_home still works, so that what is seen is whether the library goes back there.
 
@@ -85,173 +62,65 @@ BOOL WINAPI WriteNothing(HANDLE /*file*/, const void* /*bytes*/, DWORD /*size*/,
     return FALSE;
 }
 
-} // namespace
-
-class CurrentDirectoryTest : public LibraryTest {
+class CurrentDirectoryTest : public EveryFunctionTest {
 protected:
     void SetUp() override
     {
-        LibraryTest::SetUp();
-        tree.Files({L"a.txt", LR"(sub\b.txt)", LR"(sub\deeper\c.txt)"});
-        home = tree.Directory(LR"(home\one\two)");
-        g_home = home;
-        RegisterSilentHost();
+        EveryFunctionTest::SetUp();
+        g_home = ground.home;
     }
 
-    // Runs each operation from `home`, and finds the process there afterwards.
-    void RunAll(const char* circumstances)
+    // Makes each call from `home`. That the process is there afterwards is checked by Make.
+    void MakeAll(const char* circumstances, DWORD lastError = ERROR_SUCCESS)
     {
-        for (const Operation& operation : operations) {
-            const WorkingDirectory in(home);
-            CapturedOutput output; // of the creation's failures
-            operation.call();
-            EXPECT_EQ(home, CurrentDirectory()) << operation.name << ", " << circumstances;
+        for (const SampleCall& call : GetParam().calls) {
+            SCOPED_TRACE(Title(call) + ", " + circumstances);
+            ground.Build();
+            Make(call, [&](const std::function<void()>& function) {
+                ::SetLastError(lastError);
+                function();
+            });
         }
     }
 
-    std::wstring home;
-
-    // The functions that move the current directory, each where it succeeds and where it fails.
-    const std::vector<Operation> operations = {
-        {"GetFileName", [] { GetFileName(LR"(..\..\f.txt)"); }},
-        {"GetPathFileName", [] { GetPathFileName(LR"(..\f.txt)"); }},
-        {"GetPathFileNameNoVolume", [] { GetPathFileNameNoVolume(LR"(..\f.txt)"); }},
-        {"GetVolume", [] { GetVolume(LR"(..\f.txt)"); }},
-        {"GetPathFileTranslate", [] { GetPathFileTranslate(LR"(..\..\..\..\..\..\f.txt)"); }},
-        {"GetFileName, refused", [] { GetFileName(LR"(..\f*.txt)"); }},
-        {"isDirectoryExists", [this] { isDirectoryExists(tree.Root()); }},
-        {"isDirectoryExists, relative", [] { isDirectoryExists(LR"(..\..)"); }},
-        {"isDirectoryExists, missing", [this] { isDirectoryExists(tree.Path(L"missing")); }},
-        {"isDirectoryExists, a file", [this] { isDirectoryExists(tree.Path(L"a.txt")); }},
-        {"isDirectoryExists, refused", [] { isDirectoryExists(LR"(..\a*)"); }},
-        {"isFileExists", [] { isFileExists(LR"(..\..\a.txt)"); }},
-        {"IsCanReplaceFile",
-         [] {
-             std::wstring path = LR"(..\a.txt)";
-             IsCanReplaceFile(path);
-         }},
-        {"RecursivelyCreateDirectory", [this] { RecursivelyCreateDirectory(tree.Path(LR"(new\a\b)")); }},
-        {"RecursivelyCreateDirectory, relative", [] { RecursivelyCreateDirectory(LR"(new\a)"); }},
-        {"RecursivelyCreateDirectory, climbing", [] { RecursivelyCreateDirectory(LR"(..\new)"); }},
-        {"RecursivelyCreateDirectory, below a file", [this] { RecursivelyCreateDirectory(tree.Path(LR"(a.txt\b)")); }},
-        {"RecursivelyCreateDirectory, a share", [] { RecursivelyCreateDirectory(LR"(\\alpha\missing\a)"); }},
-        {"RecursivelyCreateDirectory, refused", [] { RecursivelyCreateDirectory(L"a?b"); }},
-        {"ListFilesFilter", [this] { ListFilesFilter(tree.Root(), L"*", true); }},
-        {"ListFilesFilter, climbing", [] { ListFilesFilter(LR"(..\..)", L"*", true); }},
-        {"ListFilesFilter, missing", [this] { ListFilesFilter(tree.Path(L"missing"), L"*", true); }},
-        {"ListFilesFilterRecursive", [this] { ListFilesFilterRecursive(tree.Root(), L"*", false); }},
-        {"ListFilesFilterRecursive, missing", [this] { ListFilesFilterRecursive(tree.Path(L"no"), L"*", false); }},
-        {"ListDirecoriesRecursive", [this] { ListDirecoriesRecursive(tree.Root()); }},
-        {"ListDirecoriesRecursive, climbing", [] { ListDirecoriesRecursive(LR"(..\..)"); }},
-        {"DoCopyComponentFileToDir", [this] { DoCopyComponentFileToDir(tree.Path(L"a.txt"), tree.Path(L"to")); }},
-        {"DoCopyComponentFileToDir, climbing", [this] { DoCopyComponentFileToDir(tree.Path(L"a.txt"), LR"(..\to)"); }},
-        {"DoCopyComponentFileToDir, missing", [this] { DoCopyComponentFileToDir(L"missing", tree.Path(L"to")); }},
-        {"DoCopyComponentFile", [this] { DoCopyComponentFile(tree.Path(L"a.txt"), tree.Path(LR"(as\b.txt)")); }},
-        {"DoCopyComponentFile, climbing", [this] { DoCopyComponentFile(tree.Path(L"a.txt"), LR"(..\as\b.txt)"); }},
-        {"DoCopyComponentFile, below a file",
-         [this] { DoCopyComponentFile(tree.Path(L"a.txt"), tree.Path(LR"(a.txt\b)")); }},
-    };
+    template <typename Function>
+    void MakeAllWith(const char* import, Function* replacement, const char* circumstances)
+    {
+        const ImportPatch patch(import, replacement);
+        MakeAll(circumstances);
+    }
 };
 
-TEST_F(CurrentDirectoryTest, IsPutBackAfterSuccessAndAfterAnHonestFailure)
+} // namespace
+
+TEST_P(CurrentDirectoryTest, IsRestoredAfterSuccessAndAfterARealFailure)
 {
-    RunAll("nothing simulated");
+    MakeAll("nothing simulated");
+    MakeAll("with a last error to report", ERROR_ACCESS_DENIED);
 }
 
-TEST_F(CurrentDirectoryTest, IsPutBackOnAShare)
+TEST_P(CurrentDirectoryTest, IsRestoredOnAShare)
 {
     const TestDirectory share(LR"(\\alpha\data\)");
-    home = share.Directory(LR"(one\two)");
-    RunAll("on a share");
-}
-
-TEST_F(CurrentDirectoryTest, IsPutBackWithALastErrorToReport)
-{
-    for (const Operation& operation : operations) {
-        const WorkingDirectory in(home);
-        CapturedOutput output;
-        ::SetLastError(ERROR_ACCESS_DENIED);
-        operation.call();
-        EXPECT_EQ(home, CurrentDirectory()) << operation.name;
+    const CallGround onShare(share);
+    onShare.Build();
+    for (const SampleCall& call : GetParam().calls) {
+        SCOPED_TRACE(Title(call));
+        const WorkingDirectory in(onShare.home);
+        call.make(onShare, [](const std::function<void()>& function) { function(); });
     }
 }
 
-// Simulations: one import after the other fails, whatever it is asked.
-TEST_F(CurrentDirectoryTest, IsPutBackWhenAnImportFails)
+// Simulations: one import after the other fails, whatever it is called with.
+TEST_P(CurrentDirectoryTest, IsRestoredWhenAnImportFails)
 {
-    {
-        const ImportPatch patch("_wchdir", &LeaveNoDirectory);
-        RunAll("no directory can be entered");
-    }
-    {
-        const ImportPatch patch("_wmkdir", &MakeNoDirectory);
-        RunAll("no directory can be made");
-    }
-    {
-        const ImportPatch patch("_wopen", &OpenNoFile);
-        RunAll("no file can be opened for reading");
-    }
-    {
-        const ImportPatch patch("_wfindfirst64", &FindNothing);
-        RunAll("no search can be opened");
-    }
-    {
-        const ImportPatch patch("_wfindnext64", &FindNoMore);
-        RunAll("a search ends after its first entry");
-    }
-    {
-        const ImportPatch patch("CreateFileW", &CreateNoFile);
-        RunAll("no file can be created or opened");
-    }
-    {
-        const ImportPatch patch("WriteFile", &WriteNothing);
-        RunAll("the disk is full");
-    }
+    MakeAllWith("_wchdir", &LeaveNoDirectory, "no directory can be entered");
+    MakeAllWith("_wmkdir", &MakeNoDirectory, "no directory can be created");
+    MakeAllWith("_wopen", &OpenNoFile, "no file can be opened for reading");
+    MakeAllWith("_wfindfirst64", &FindNothing, "no search can be opened");
+    MakeAllWith("_wfindnext64", &FindNoMore, "a search ends after its first entry");
+    MakeAllWith("CreateFileW", &CreateNoFile, "no file can be created or opened");
+    MakeAllWith("WriteFile", &WriteNothing, "the disk is full");
 }
 
-// Simulation: each allocation of each operation finds no memory in turn.
-TEST_F(CurrentDirectoryTest, IsPutBackWhenMemoryIsShort)
-{
-    constexpr int kEnough = 500; // more allocations than any operation needs
-    const HeapMeter meter;
-    for (const Operation& operation : operations) {
-        bool failed = true;
-        int failing = 1;
-        for (; failed && failing < kEnough; ++failing) {
-            const WorkingDirectory in(home);
-            CapturedOutput output;
-            HeapMeter::Run(failing, HeapMeter::Shortage::kOneAllocation, [&operation] {
-                try {
-                    operation.call();
-                } catch (const std::bad_alloc&) { // the host's business
-                }
-            });
-            failed = HeapMeter::HasFailed();
-            EXPECT_EQ(home, CurrentDirectory()) << operation.name << ", allocation " << failing;
-        }
-        EXPECT_LT(1, failing) << operation.name;
-        EXPECT_GT(kEnough, failing) << operation.name;
-    }
-}
-
-// A host whose logger throws is on its own, but not in another directory.
-TEST_F(CurrentDirectoryTest, IsPutBackWhenTheHostThrows)
-{
-    g_throws = false;
-    SetVssFileManagerLogger(&ThrowingLog, &SilentKeepAlive, &SilentLog);
-    int thrown = 0;
-    for (const Operation& operation : operations) {
-        const WorkingDirectory in(home);
-        CapturedOutput output;
-        ::SetLastError(ERROR_ACCESS_DENIED);
-        g_throws = true;
-        try {
-            operation.call();
-        } catch (const HostGivesUp&) {
-            ++thrown;
-        }
-        g_throws = false;
-        EXPECT_EQ(home, CurrentDirectory()) << operation.name;
-    }
-    EXPECT_LT(0, thrown);
-}
+INSTANTIATE_TEST_SUITE_P(Every, CurrentDirectoryTest, ::testing::ValuesIn(AllFunctions()), &TestNameOf);

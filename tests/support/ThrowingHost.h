@@ -31,25 +31,37 @@ public:
         s_atKeepAlive = atKeepAlive;
         s_lines = 0;
         s_keepAlives = 0;
+        s_hasThrown = false;
     }
     static int Lines() { return s_lines; } // logged since then
+    static bool HasThrown() { return s_hasThrown; }
 
 private:
     static int __cdecl Log(int /*level*/, const char* /*format*/, ...)
     {
         ++s_lines;
-        return s_lines == s_atLine ? throw HostFailure{s_lines} : 0;
+        ThrowIf(s_lines == s_atLine, s_lines);
+        return 0;
     }
     static int __cdecl KeepAlive(int /*seconds*/, ...)
     {
         ++s_keepAlives;
-        return s_keepAlives == s_atKeepAlive ? throw HostFailure{s_keepAlives} : 0;
+        ThrowIf(s_keepAlives == s_atKeepAlive, s_keepAlives);
+        return 0;
+    }
+    static void ThrowIf(bool due, int call)
+    {
+        if (due) {
+            s_hasThrown = true;
+            throw HostFailure{call};
+        }
     }
 
     inline static int s_atLine = 0;
     inline static int s_atKeepAlive = 0;
     inline static int s_lines = 0;
     inline static int s_keepAlives = 0;
+    inline static bool s_hasThrown = false;
 };
 
 // The fixture of tests that throw. The first exception of a process may cost it handles for good; it is thrown before

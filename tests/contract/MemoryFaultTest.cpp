@@ -1,0 +1,102 @@
+// Every exported function when memory runs short. Simulations: each allocation of each call fails in turn.
+
+#include "tests/contract/EveryFunctionFixture.h"
+#include "tests/support/MemoryMeters.h"
+
+#include <new>
+
+namespace {
+
+constexpr int kEnough = 1000; // more allocations than any call needs
+
+// What came out of one call.
+enum class Outcome { kReturned, kBadAlloc, kAtlException, kSomethingElse };
+
+Outcome OutcomeOf(const std::function<void()>& call)
+{
+    try {
+        call();
+        return Outcome::kReturned;
+    } catch (const std::bad_alloc&) {
+        return Outcome::kBadAlloc;
+    } catch (const CAtlException& exception) {
+        return exception.m_hr == E_OUTOFMEMORY ? Outcome::kAtlException : Outcome::kSomethingElse;
+    } catch (...) {
+        return Outcome::kSomethingElse;
+    }
+}
+
+bool IsDocumented(Outcome outcome, Throws throws)
+{
+    switch (outcome) {
+    case Outcome::kReturned:
+        return true;
+    case Outcome::kBadAlloc:
+        return throws == Throws::kBadAlloc;
+    case Outcome::kAtlException:
+        return throws == Throws::kAtlException;
+    case Outcome::kSomethingElse:
+        break;
+    }
+    return false;
+}
+
+class MemoryFaultTest : public EveryFunctionTest {
+protected:
+    // Lets each allocation fail in turn. `attempt` makes one call with the given failure and returns whether it happened.
+    void FailEach(const SampleCall& call, const std::function<bool(int failing, Outcome& outcome)>& attempt)
+    {
+        for (int failing = 1; failing < kEnough; ++failing) {
+            ground.Build();
+            Outcome outcome = Outcome::kReturned;
+            const bool happened = attempt(failing, outcome);
+            EXPECT_TRUE(IsDocumented(outcome, GetParam().throws)) << Title(call) << ", allocation " << failing;
+            m_thrown += outcome == Outcome::kReturned ? 0 : 1;
+            if (!happened) {
+                EXPECT_EQ(Outcome::kReturned, outcome) << Title(call) << " without a failure";
+                return;
+            }
+        }
+        ADD_FAILURE() << Title(call) << " does not end";
+    }
+
+    int Thrown() const { return m_thrown; }
+
+private:
+    int m_thrown = 0;
+};
+
+} // namespace
+
+TEST_P(MemoryFaultTest, ThrowsOnlyWhatIsDocumentedWhenTheHeapIsExhausted)
+{
+    const HeapMeter meter;
+    for (const SampleCall& call : GetParam().calls) {
+        FailEach(call, [&](int failing, Outcome& outcome) {
+            Make(call, [&](const std::function<void()>& function) {
+                HeapMeter::Run(failing, HeapMeter::Shortage::kOneAllocation, [&] { outcome = OutcomeOf(function); });
+            });
+            return HeapMeter::HasFailed();
+        });
+    }
+}
+
+TEST_P(MemoryFaultTest, ThrowsOnlyWhatIsDocumentedWhenABstrCannotBeAllocated)
+{
+    const BstrMeter meter;
+    for (const SampleCall& call : GetParam().calls) {
+        FailEach(call, [&](int failing, Outcome& outcome) {
+            bool happened = false;
+            Make(call, [&](const std::function<void()>& function) {
+                BstrMeter::FailAt(failing);
+                outcome = OutcomeOf(function);
+                happened = BstrMeter::HasFailed();
+                BstrMeter::FailAt(0);
+            });
+            return happened;
+        });
+    }
+    EXPECT_EQ(GetParam().throws == Throws::kAtlException, Thrown() > 0) << "CAtlException is that of BSTR strings";
+}
+
+INSTANTIATE_TEST_SUITE_P(Every, MemoryFaultTest, ::testing::ValuesIn(AllFunctions()), &TestNameOf);
