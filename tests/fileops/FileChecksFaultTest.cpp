@@ -181,6 +181,18 @@ TEST_F(IsCanReplaceFileFault, OnlyASharingViolationOfTheReaderMeansInUse)
     EXPECT_EQ(StringList(), host.Lines());
 }
 
+// Without a descriptor nothing was learnt about the file: opening it for writing decides.
+TEST_F(IsCanReplaceFileFault, MissingDescriptorIsNoAnswerAboutTheFile)
+{
+    std::wstring file = tree.File(L"file");
+    const ImportPatch open("_wopen", &RefuseToOpen);
+    g_openErrno = EMFILE;
+    g_openError = ERROR_SUCCESS;
+    EXPECT_TRUE(IsCanReplaceFile(file));
+    const LockedFile locked(file, GENERIC_READ, 0);
+    EXPECT_FALSE(IsCanReplaceFile(file));
+}
+
 // The question for attributes may meet a file that Windows itself holds; that says nothing about a refused path.
 TEST_F(IsCanReplaceFileFault, RefusedPathIsNotInUseWhateverTheLastErrorIs)
 {

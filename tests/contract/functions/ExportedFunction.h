@@ -55,6 +55,7 @@ enum class Throws {
     kNothing,      // of its own
     kBadAlloc,
     kAtlException,
+    kBadAllocOrAtlException, // a container of the host's is extended, too
 };
 
 struct ExportedFunction {

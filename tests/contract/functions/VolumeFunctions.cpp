@@ -98,7 +98,7 @@ const std::vector<ExportedFunction> kVolumeFunctions = {
        [](const CallGround&, const std::wstring& path) { EXPECT_LE(0.0, GetTotalVolumeSpace(path)); }}}},
     {"BuildSnapshotFilePath",
      AddressOf(&BuildSnapshotFilePath),
-     Throws::kAtlException,
+     Throws::kBadAllocOrAtlException,
      {{"",
        [](const CallGround& ground, const RunCall& run) {
            const std::wstring path = ground.tree.Path(L"a.txt");
