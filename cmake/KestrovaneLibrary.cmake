@@ -66,3 +66,12 @@ add_custom_command(TARGET kestrovane POST_BUILD
     COMMAND ${CMAKE_AR} -M < ${PROJECT_BINARY_DIR}/import-library.mri
     COMMAND ${CMAKE_COMMAND} -E rename ${import_library}.joined ${import_library}
     VERBATIM)
+
+# The released file holds no symbols: they would be mapped at each load. They lie beside it, and the DLL names that file.
+find_program(KESTROVANE_OBJCOPY NAMES x86_64-w64-mingw32-objcopy objcopy REQUIRED)
+target_compile_options(kestrovane_objects PRIVATE $<$<CONFIG:Release>:-g>)
+add_custom_command(TARGET kestrovane POST_BUILD
+    COMMAND ${KESTROVANE_OBJCOPY} --only-keep-debug Kestrovane.dll Kestrovane.dll.debug
+    COMMAND ${KESTROVANE_OBJCOPY} --strip-all --add-gnu-debuglink=Kestrovane.dll.debug Kestrovane.dll
+    WORKING_DIRECTORY $<TARGET_FILE_DIR:kestrovane>
+    VERBATIM)
