@@ -1,5 +1,6 @@
 // Overlap of two file specifications: the rules, and what becomes of patterns that are made to be slow.
 
+#include "restore/SpecMatch.h"
 #include "restore/FileDesc.h"
 
 #include <gtest/gtest.h>
@@ -112,17 +113,38 @@ TEST(IsSpecMatch, GivesTheAnswerOfTheRulesForEveryShortPair)
 {
     constexpr wchar_t kAlphabet[] = L"AB*?";
     std::vector<std::wstring> patterns = {L""};
-    for (std::size_t i = 0; patterns[i].size() < 3; ++i) {
+    for (std::size_t i = 0; patterns[i].size() < 5; ++i) {
         for (const wchar_t* character = kAlphabet; *character != L'\0'; ++character) {
             patterns.push_back(patterns[i] + *character);
         }
     }
-    ASSERT_EQ(85U, patterns.size());
+    ASSERT_EQ(1365U, patterns.size()) << "1,863,225 pairs";
     for (const std::wstring& a : patterns) {
         for (const std::wstring& b : patterns) {
             ASSERT_EQ(MatchByTheRules(a, b), IsMatch(a, b))
                 << ::testing::PrintToString(a) << " " << ::testing::PrintToString(b);
         }
+    }
+}
+
+TEST(IsSpecMatch, ComparesLiteralsInOnePass)
+{
+    constexpr int kMostComparisons = 4; // for each character of both patterns
+    const std::pair<std::wstring, std::wstring> cases[] = {
+        {std::wstring(1000, L'A'), std::wstring(1000, L'A')},
+        {std::wstring(999, L'A') + L"B", std::wstring(1000, L'A')},
+        {L"*" + std::wstring(1000, L'A'), std::wstring(2000, L'A')},
+        {Repeated(L"*A", 260), std::wstring(520, L'A')},
+        {Repeated(L"*A", 260), Repeated(L"B*", 260)},
+    };
+    for (const auto& [a, b] : cases) {
+        std::size_t comparisons = 0;
+        const auto count = [&comparisons](wchar_t first, wchar_t second) {
+            ++comparisons;
+            return first == second;
+        };
+        EXPECT_EQ(IsMatch(a, b), SpecMatcher(count).Match(a, b));
+        EXPECT_LE(comparisons, kMostComparisons * (a.size() + b.size()));
     }
 }
 
