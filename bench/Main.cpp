@@ -1,11 +1,14 @@
 // The table of times: each operation of the library beside a bare loop of the same platform calls.
 
+#include "bench/Output.h"
 #include "bench/Rows.h"
 
 #include <Kestrovane.h>
 
-#include <cstdio>
-#include <cstring>
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <chrono>
 
 namespace {
 
@@ -19,30 +22,63 @@ int __cdecl SilentKeepAlive(int /*seconds*/, ...)
     return 0;
 }
 
-void Print(const bench::Result& result)
+std::vector<bench::Row> AllRows()
 {
-    std::printf("%-9s %-46s %12.2f us  x %5.2f (%5.2f..%5.2f)  %3d rounds", result.group.c_str(), result.name.c_str(),
-                result.microseconds, result.ratio, result.ratioLow, result.ratioHigh, result.rounds);
-    if (result.alternativeRatio > 0) {
-        std::printf("  x %6.2f of %s", result.alternativeRatio, result.alternativeName.c_str());
+    std::vector<bench::Row> rows;
+    for (const auto& part : {bench::MatchRows(), bench::PathRows(), bench::ListingRows(), bench::FileRows(),
+                             bench::ServiceRows(), bench::AgentRows()}) {
+        rows.insert(rows.end(), part.begin(), part.end());
     }
-    std::printf("\n");
-    std::fflush(stdout);
+    return rows;
+}
+
+struct Options {
+    bool json = false;
+    std::string chart;
+    std::vector<std::string> groups;
+
+    bool Includes(const bench::Row& row) const
+    {
+        return groups.empty() || std::find(groups.begin(), groups.end(), row.group) != groups.end();
+    }
+};
+
+int Run(const Options& options)
+{
+    SetVssFileManagerLogger(&SilentLog, &SilentKeepAlive, &SilentLog);
+    const auto start = std::chrono::steady_clock::now();
+    std::vector<bench::Result> results;
+    if (!options.json) {
+        bench::PrintHeading();
+    }
+    for (const bench::Row& row : AllRows()) {
+        if (!options.Includes(row)) {
+            continue;
+        }
+        results.push_back(bench::Measure(row));
+        if (!options.json) {
+            bench::PrintLine(results.back());
+        }
+    }
+    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
+    if (options.json) {
+        bench::PrintJson(results, seconds.count());
+    } else {
+        bench::PrintGrowth(results);
+        std::printf("\n%.0f seconds\n", seconds.count());
+    }
+    return options.chart.empty() || bench::WriteChart(options.chart, results) ? 0 : 1;
 }
 
 } // namespace
 
 int main(int count, char** arguments)
 {
-    SetVssFileManagerLogger(&SilentLog, &SilentKeepAlive, &SilentLog);
-    std::vector<bench::Row> rows;
-    for (const auto& part : {bench::MatchRows(), bench::PathRows()}) {
-        rows.insert(rows.end(), part.begin(), part.end());
-    }
-    for (const bench::Row& row : rows) {
-        if (count < 2 || row.name.find(arguments[1]) != std::string::npos || row.group == arguments[1]) {
-            Print(bench::Measure(row));
-        }
-    }
-    return 0;
+    Options options;
+    CLI::App app("Measures the library beside bare loops of the same platform calls", "kestrovane-bench");
+    app.add_flag("--json", options.json, "One JSON object on standard output");
+    app.add_option("--svg", options.chart, "Writes a bar chart of the ratios")->type_name("FILE");
+    app.add_option("GROUPS", options.groups, "Only these groups of rows");
+    CLI11_PARSE(app, count, arguments);
+    return Run(options);
 }

@@ -118,7 +118,9 @@ Row MappingRow(int count, const std::wstring& spec)
             [mappings] { BareMapping(*mappings, LR"(C:\Live\Sub)"); },
             {},
             {},
-            {}};
+            {},
+            0,
+            count};
 }
 
 } // namespace

@@ -15,6 +15,9 @@ constexpr double kRowMicroseconds = 2.5e6;   // for all rounds of a row together
 constexpr int kMinRounds = 5;
 constexpr int kMaxRounds = 61;
 constexpr int kMaxRepeats = 1 << 22;
+constexpr double kMedian = 0.5;
+constexpr double kLow = 0.1;
+constexpr double kHigh = 0.9;
 
 double TimeOf(const std::function<void()>& work, int repeats)
 {
@@ -39,10 +42,10 @@ double Sample(const Row& row, const std::function<void()>& work, int repeats)
     return TimeOf(work, repeats);
 }
 
-// Work with a preparation is called once a sample.
+// Work with a preparation or a number of rounds is called once a sample.
 int RepeatsOf(const Row& row)
 {
-    if (row.prepare) {
+    if (row.prepare || row.rounds > 0) {
         return 1;
     }
     int repeats = 1;
@@ -59,14 +62,21 @@ double Percentile(std::vector<double> values, double share)
     return values[static_cast<std::size_t>(std::lround(last * share))];
 }
 
+int RoundsOf(const Row& row, int repeats)
+{
+    if (row.rounds > 0) {
+        return row.rounds;
+    }
+    const double first = TimeOf(row.library, repeats) + TimeOf(row.bare, repeats);
+    return std::clamp(static_cast<int>(kRowMicroseconds / (first * repeats)), kMinRounds, kMaxRounds);
+}
+
 } // namespace
 
 Result Measure(const Row& row)
 {
-    constexpr double kMedian = 0.5;
     const int repeats = RepeatsOf(row);
-    const double first = Sample(row, row.library, repeats) + Sample(row, row.bare, repeats);
-    const int rounds = std::clamp(static_cast<int>(kRowMicroseconds / (first * repeats)), kMinRounds, kMaxRounds);
+    const int rounds = RoundsOf(row, repeats);
     std::vector<double> times;
     std::vector<double> ratios;
     std::vector<double> alternativeRatios;
@@ -79,19 +89,16 @@ Result Measure(const Row& row)
             alternativeRatios.push_back(library / Sample(row, row.alternative, repeats));
         }
     }
-    Result result{row.group,
-                  row.name,
-                  rounds,
-                  Percentile(times, kMedian),
-                  Percentile(ratios, kMedian),
-                  Percentile(ratios, 0.1),
-                  Percentile(ratios, 0.9),
-                  0,
-                  row.alternativeName};
-    if (row.alternative) {
-        result.alternativeRatio = Percentile(alternativeRatios, kMedian);
-    }
-    return result;
+    return {row.group,
+            row.name,
+            rounds,
+            Percentile(times, kMedian),
+            Percentile(ratios, kMedian),
+            Percentile(ratios, kLow),
+            Percentile(ratios, kHigh),
+            row.alternative ? Percentile(alternativeRatios, kMedian) : 0,
+            row.alternativeName,
+            row.items};
 }
 
 } // namespace bench

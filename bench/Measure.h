@@ -18,6 +18,8 @@ struct Row {
     std::string alternativeName;
     std::function<void()> alternative;
     std::function<void()> prepare; // before each measured call, not measured itself; may be empty
+    int rounds = 0;                // 0: as many as fit the time of a row
+    int items = 0;                 // files or mappings of one call, for the growth between sizes; 0 without
 };
 
 struct Result {
@@ -30,6 +32,7 @@ struct Result {
     double ratioHigh = 0;        // 90th percentile
     double alternativeRatio = 0; // library to alternative; 0 without one
     std::string alternativeName;
+    int items = 0;
 };
 
 // Measures A, B, A, B, … so that a change of the machine's load meets both sides.
