@@ -133,7 +133,7 @@ protected:
         EveryFunctionTest::TearDown();
     }
 
-    std::vector<HostileString> StringsFor(Effect effect) const
+    [[nodiscard]] std::vector<HostileString> StringsFor(Effect effect) const
     {
         std::vector<HostileString> strings = HostileStrings(tree.Path(L"there"));
         if (effect == Effect::kChanges) {

@@ -1,4 +1,4 @@
-// Whether a directory can be entered, and whether its access list grants reading and writing.
+// Whether a directory can be entered, and whether its DACL grants reading and writing.
 
 #include "tests/support/LibraryTest.h"
 #include "tests/support/WorkingDirectory.h"
@@ -9,7 +9,7 @@
 
 namespace {
 
-// Replaces the access list of a directory by SDDL text.
+// Replaces the DACL of a directory by SDDL text.
 void SetAccessList(const std::wstring& path, const wchar_t* sddl)
 {
     PSECURITY_DESCRIPTOR descriptor = nullptr;
@@ -87,7 +87,7 @@ TEST_F(IsDirectoryExistsTest, EntersDirectoriesOfShares)
     EXPECT_FALSE(isDirectoryExists(LR"(\\alpha\nodata)"));
 }
 
-TEST_F(IsDirectoryExistsTest, PutsTheCurrentDirectoryBackFromAndToEveryVolume)
+TEST_F(IsDirectoryExistsTest, RestoresTheCurrentDirectoryFromAndToEveryVolume)
 {
     const TestDirectory share(LR"(\\alpha\data\)");
     const TestDirectory other(L"D:\\");
@@ -104,8 +104,8 @@ TEST_F(IsDirectoryExistsTest, PutsTheCurrentDirectoryBackFromAndToEveryVolume)
     }
 }
 
-// The runtime's own buffer for the current directory has no room for this one.
-TEST_F(IsDirectoryExistsTest, PutsBackACurrentDirectoryOfMoreThan260Characters)
+// The runtime's own buffer for the current directory is too small for this one.
+TEST_F(IsDirectoryExistsTest, RestoresACurrentDirectoryOfMoreThan260Characters)
 {
     std::wstring deep = tree.Root();
     for (int level = 0; level < 6; ++level) {
@@ -144,7 +144,7 @@ TEST_F(IsDirectoryExistsTest, EmptyPathIsReportedWhenThereIsAnErrorToReport)
     EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, ::GetLastError());
 }
 
-TEST_F(IsDirectoryExistsTest, RefusedPathIsReportedOnce)
+TEST_F(IsDirectoryExistsTest, RejectedPathIsReportedOnce)
 {
     for (const wchar_t* name : {L"a*b", L"a?b", L"a:b", LR"(a*\b)"}) {
         host.Clear();
@@ -169,7 +169,7 @@ TEST_F(IsDirectoryReadWritableTest, IsTrueForWhatTheUserMayReadAndWrite)
     EXPECT_TRUE(isDirectoryReadWritable(tree.Root()));
     EXPECT_TRUE(isDirectoryReadWritable(tree.Root() + L"\\"));
     EXPECT_TRUE(isDirectoryReadWritable(WithForwardSlashes(tree.Root())));
-    EXPECT_TRUE(isDirectoryReadWritable(tree.File(L"file"))) << "files have access lists, too";
+    EXPECT_TRUE(isDirectoryReadWritable(tree.File(L"file"))) << "files have DACLs, too";
     EXPECT_TRUE(isDirectoryReadWritable(other.Root()));
 }
 
@@ -187,7 +187,7 @@ TEST_F(IsDirectoryReadWritableTest, IsFalseWithoutALogLineForWhatCannotBeQueried
 {
     EXPECT_FALSE(isDirectoryReadWritable(tree.Path(L"missing")));
     EXPECT_EQ(DWORD{ERROR_FILE_NOT_FOUND}, ::GetLastError());
-    EXPECT_FALSE(isDirectoryReadWritable(tree.Path(L"a*b"))) << "the path is not validated, but Windows refuses it";
+    EXPECT_FALSE(isDirectoryReadWritable(tree.Path(L"a*b"))) << "the path is not validated, but Windows rejects it";
     EXPECT_EQ(StringList(), host.Lines());
 }
 

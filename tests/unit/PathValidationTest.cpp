@@ -43,9 +43,9 @@ TEST_F(PathValidation, ValidatePathChangesThePathInPlace)
         {LR"(\\?\C:\a*)", true, LR"(\\?\C:\a*)", "the long form"},
         {L"//srv/a*", true, LR"(\\srv\a*)", "a share with slashes"},
         {LR"(\\)", true, LR"(C:\\)", "two backslashes are a rooted path"},
-        {LR"(C:\a*)", false, LR"(C:\a*)", "refused"},
-        {L"a*", false, here + LR"(\a*)", "refused after it was made absolute"},
-        {LR"(..\a?)", false, tree.Path(L"a?"), "refused after it has climbed"},
+        {LR"(C:\a*)", false, LR"(C:\a*)", "rejected"},
+        {L"a*", false, here + LR"(\a*)", "rejected after it was made absolute"},
+        {LR"(..\a?)", false, tree.Path(L"a?"), "rejected after it has climbed"},
     };
     for (const auto& [path, valid, after, why] : cases) {
         std::wstring given = path;
@@ -71,11 +71,11 @@ TEST_F(PathValidation, NormalizeDirectoryPathAddsTheBackslashFirst)
         {L"..", true, tree.Root() + LR"(\)", "climbs, because it has a backslash now"},
         {LR"(\)", true, LR"(C:\)", "rooted"},
         {L"/", true, LR"(C:\)", "rooted"},
-        {std::wstring(L"C:\\x\0\\y", 7), true, LR"(C:\x\)", "ends at a terminator inside"},
-        {std::wstring(L"C:\\x\0*", 6), true, LR"(C:\x\)", "what stands behind one is not refused"},
-        {std::wstring(L"\0x", 2), true, here + LR"(\)", "a terminator in front: empty"},
-        {LR"(C:\a*)", false, LR"(C:\a*\)", "refused"},
-        {LR"(C:\a:b)", false, LR"(C:\a:b\)", "refused"},
+        {std::wstring(L"C:\\x\0\\y", 7), true, LR"(C:\x\)", "ends at an embedded NUL"},
+        {std::wstring(L"C:\\x\0*", 6), true, LR"(C:\x\)", "what follows one is not rejected"},
+        {std::wstring(L"\0x", 2), true, here + LR"(\)", "a leading NUL: empty"},
+        {LR"(C:\a*)", false, LR"(C:\a*\)", "rejected"},
+        {LR"(C:\a:b)", false, LR"(C:\a:b\)", "rejected"},
     };
     for (const auto& [path, valid, after, why] : cases) {
         std::wstring given = path;
@@ -84,14 +84,14 @@ TEST_F(PathValidation, NormalizeDirectoryPathAddsTheBackslashFirst)
     }
 }
 
-TEST_F(PathValidation, ARefusalReportsTheLastErrorAndAnAcceptedPathNothing)
+TEST_F(PathValidation, ARejectedPathReportsTheLastErrorAndAnAcceptedPathNothing)
 {
-    std::wstring refused = LR"(C:\a*)";
+    std::wstring rejected = LR"(C:\a*)";
     std::wstring accepted = LR"(C:\a)";
     manager.SetHostFunctions(&SilentLog, nullptr, nullptr);
     ::SetLastError(ERROR_INVALID_NAME);
     EXPECT_TRUE(manager.ValidatePath(accepted));
     EXPECT_EQ(L"", manager.GetErrorText());
-    EXPECT_FALSE(manager.ValidatePath(refused));
+    EXPECT_FALSE(manager.ValidatePath(rejected));
     EXPECT_EQ(L"CVssFileManager call failed", manager.GetErrorText());
 }
