@@ -16,32 +16,35 @@ mapfile -t all < <(find "${folders[@]}" -name '*.cpp' -o -name '*.h' | sort)
 mapfile -t sources < <(find "${folders[@]}" -name '*.cpp' | sort)
 mapfile -t headers < <(find "${folders[@]}" -name '*.h')
 
-echo "clang-format"
-clang-format --dry-run --Werror "${all[@]}"
-
-echo "lengths" # the public header is the manual, too
 failed=0
-for file in "${all[@]}"; do
-    lines=$(wc -l <"$file")
-    if [[ $lines -gt $longest_file && $file != exports/Kestrovane.h ]]; then
-        echo "$file: $lines lines, more than $longest_file" >&2
-        failed=1
-    fi
-done
-[[ $failed -eq 0 ]]
 
-echo "layers"
-tools/layers.sh
+# check NAME COMMAND...: runs one of the checks; a failure lets the others run, and fails the whole at the end.
+check() {
+    echo "$1"
+    "${@:2}" || failed=1
+}
 
-echo "cppcheck" # c_str() is how a string is cut at its NUL; GoogleTest's macros are not expanded
-cppcheck --quiet --std=c++20 --language=c++ --platform=win64 --error-exitcode=1 --inline-suppr -j "$(nproc)" \
-    --enable=warning,performance,portability \
-    --suppress=passedByValue --suppress=missingIncludeSystem --suppress=noExplicitConstructor \
-    --suppress=stlcstrReturn --suppress=stlcstrParam --suppress=syntaxError:tests/* --suppress=unknownMacro:tests/* \
-    -DKESTROVANE_BUILD -D_WIN32 -D__cdecl= -I exports -I . "${sources[@]}"
+check_lengths() { # the public header is the manual, too
+    local file lines too_long=0
+    for file in "${all[@]}"; do
+        lines=$(wc -l <"$file")
+        if [[ $lines -gt $longest_file && $file != exports/Kestrovane.h ]]; then
+            echo "$file: $lines lines, more than $longest_file" >&2
+            too_long=1
+        fi
+    done
+    return "$too_long"
+}
+
+check_cppcheck() { # c_str() is how a string is cut at its NUL; GoogleTest's macros are not expanded
+    cppcheck --quiet --std=c++20 --language=c++ --platform=win64 --error-exitcode=1 --inline-suppr -j "$(nproc)" \
+        --enable=warning,performance,portability \
+        --suppress=passedByValue --suppress=missingIncludeSystem --suppress=noExplicitConstructor \
+        --suppress=stlcstrReturn --suppress=stlcstrParam --suppress=syntaxError:tests/* --suppress=unknownMacro:tests/* \
+        -DKESTROVANE_BUILD -D_WIN32 -D__cdecl= -I exports -I . "${sources[@]}"
+}
 
 # clang does not find the headers of the cross compiler by itself, and cannot read its precompiled ones.
-echo "clang-tidy"
 mkdir -p "$work"
 sed -E 's/ -Winvalid-pch -include [^ "]+cmake_pch\.hxx//' "$build/compile_commands.json" >"$work/compile_commands.json"
 gcc=$(dirname "$(x86_64-w64-mingw32-g++-posix -print-libgcc-file-name)")
@@ -65,4 +68,14 @@ tidy_one() {
 export -f tidy_one
 newest=$(ls -t "${headers[@]}" .clang-tidy tests/.clang-tidy tools/lint.sh | sed 1q)
 touch -r "$newest" "$work/newest-header"
-printf '%s\0' "${sources[@]}" | xargs -0 -n 1 -P "$(nproc)" bash -c 'tidy_one "$0" "$1" || exit 1' "$work"
+
+check_tidy() {
+    printf '%s\0' "${sources[@]}" | xargs -0 -n 1 -P "$(nproc)" bash -c 'tidy_one "$0" "$1" || exit 1' "$work"
+}
+
+check clang-format clang-format --dry-run --Werror "${all[@]}"
+check lengths check_lengths
+check layers tools/layers.sh
+check cppcheck check_cppcheck
+check clang-tidy check_tidy
+exit "$failed"
