@@ -11,7 +11,7 @@ using MoveCacheFileFault = CreateCacheFileTest;
 
 namespace {
 
-UINT WINAPI RefuseTempFile(const wchar_t* /*directory*/, const wchar_t* /*prefix*/, UINT /*unique*/, wchar_t* /*name*/)
+UINT WINAPI FailTempFile(const wchar_t* /*directory*/, const wchar_t* /*prefix*/, UINT /*unique*/, wchar_t* /*name*/)
 {
     ::SetLastError(ERROR_DISK_FULL);
     return 0;
@@ -36,7 +36,7 @@ BOOL WINAPI RecordMove(const wchar_t* source, const wchar_t* target, DWORD flags
     return TRUE;
 }
 
-BOOL WINAPI RefuseMove(const wchar_t* /*source*/, const wchar_t* /*target*/, DWORD /*flags*/)
+BOOL WINAPI FailMove(const wchar_t* /*source*/, const wchar_t* /*target*/, DWORD /*flags*/)
 {
     ::SetLastError(ERROR_ACCESS_DENIED);
     return FALSE;
@@ -47,7 +47,7 @@ BOOL WINAPI ThrowFromMove(const wchar_t* /*source*/, const wchar_t* /*target*/, 
     throw 1;
 }
 
-BSTR WINAPI RefuseString(const OLECHAR* /*text*/, UINT /*length*/)
+BSTR WINAPI FailString(const OLECHAR* /*text*/, UINT /*length*/)
 {
     return nullptr;
 }
@@ -58,7 +58,7 @@ TEST_F(CreateCacheFileFault, IsFalseWhereNoUniqueNameCanBeHad)
 {
     const std::wstring live = tree.File(L"live");
     cacheFile = L"as it was";
-    const ImportPatch patch("GetTempFileNameW", &RefuseTempFile);
+    const ImportPatch patch("GetTempFileNameW", &FailTempFile);
     EXPECT_FALSE(CreateCacheFile(live, cacheFile, L"abc", false, false));
     EXPECT_EQ(L"as it was", cacheFile);
     EXPECT_EQ(static_cast<DWORD>(ERROR_DISK_FULL), ::GetLastError());
@@ -84,13 +84,13 @@ TEST_F(CreateCacheFileFault, LetsWindowsChooseTheNumber)
 TEST_F(CreateCacheFileFault, IsFalseWhereNoStringCanBeAllocated)
 {
     const std::wstring live = tree.File(L"live");
-    const ImportPatch patch("SysAllocStringLen", &RefuseString);
+    const ImportPatch patch("SysAllocStringLen", &FailString);
     EXPECT_FALSE(CreateCacheFile(live, cacheFile, L"abc", false, false));
     EXPECT_FALSE(CreateCacheFile(live, cacheFile, L"abc", true, false));
 }
 
 // A simulation: each allocation of the C++ runtime fails in turn, until the call ends by itself.
-TEST_F(CreateCacheFileFault, LetsNoFailedAllocationOut)
+TEST_F(CreateCacheFileFault, ReturnsFalseWhenAnAllocationFails)
 {
     const std::wstring live = tree.File(L"a live file with a name that takes memory", "content");
     const WorkingDirectory inside(tree.Root());
@@ -120,12 +120,12 @@ TEST_F(MoveCacheFileFault, ReplacesAnExistingTargetAtTheRestart)
     EXPECT_EQ(StringList{cache + L" > " + target + L" 5"}, CallLog::Take());
 }
 
-TEST_F(MoveCacheFileFault, IsFalseWhereWindowsRefuses)
+TEST_F(MoveCacheFileFault, IsFalseWhenWindowsFails)
 {
     const std::wstring cache = tree.File(L"cache");
     std::wstring target = tree.Path(L"live");
     {
-        const ImportPatch patch("MoveFileExW", &RefuseMove);
+        const ImportPatch patch("MoveFileExW", &FailMove);
         EXPECT_FALSE(MoveCacheFile(cache, target));
         EXPECT_EQ(static_cast<DWORD>(ERROR_ACCESS_DENIED), ::GetLastError());
     }
@@ -133,7 +133,7 @@ TEST_F(MoveCacheFileFault, IsFalseWhereWindowsRefuses)
     EXPECT_FALSE(MoveCacheFile(cache, target));
 }
 
-TEST_F(MoveCacheFileFault, LetsNoFailedAllocationOut)
+TEST_F(MoveCacheFileFault, ReturnsFalseWhenAnAllocationFails)
 {
     const std::wstring cache = tree.File(L"cache");
     std::wstring target = tree.Path(L"missing directory with a long name\\live");

@@ -19,7 +19,7 @@ protected:
     static std::wstring NameOf(const std::wstring& path) { return path.substr(path.rfind(L'\\') + 1); }
 
     // A file in a directory of so many characters, made through the long form.
-    std::wstring FileInDirectoryOf(std::size_t length) const
+    [[nodiscard]] std::wstring FileInDirectoryOf(std::size_t length) const
     {
         std::wstring directory = tree.Directory(std::wstring(100, L'd'));
         directory += L"\\" + std::wstring(length - directory.size() - 1, L'e');

@@ -14,7 +14,7 @@ class CacheFileListsTest : public LibraryTest {
 protected:
     static std::wstring Upper(const std::wstring& text) { return WString2UpperCase(text); }
 
-    std::ptrdiff_t FileCount() const
+    [[nodiscard]] std::ptrdiff_t FileCount() const
     {
         const std::vector<WIN32_FIND_DATAW> entries = EntriesOf(tree.Root());
         return std::count_if(entries.begin(), entries.end(), [](const WIN32_FIND_DATAW& entry) {
@@ -43,7 +43,7 @@ TEST_F(CreateCacheFileListTest, MakesACacheFileForEachPlainPath)
     EXPECT_TRUE(host.Events().empty());
 }
 
-TEST_F(CreateCacheFileListTest, SkipsXmlEntriesAndTakesThePathBehindTheSeparator)
+TEST_F(CreateCacheFileListTest, SkipsXmlEntriesAndTakesThePathAfterTheSeparator)
 {
     const std::wstring file = tree.File(L"a.txt", "a");
     const std::wstring xml = tree.File(L"a.xml", "x");
@@ -109,7 +109,7 @@ TEST_F(CreateCacheFileListTest, StopsAtTheFirstFailureAndKeepsWhatIsBeforeIt)
     EXPECT_EQ(5, FileCount()) << "the failing entry's cache file stays, in no map";
 }
 
-TEST_F(CreateCacheFileListFault, LetsNoFailedAllocationOut)
+TEST_F(CreateCacheFileListFault, ReturnsFalseWhenAnAllocationFails)
 {
     const std::wstring file = tree.File(L"a live file with a name that takes memory", "a");
     bool struck = true;
@@ -143,7 +143,7 @@ TEST_F(DeleteCacheFileListTest, DeletesTheFilesOfAMap)
     EXPECT_TRUE(host.Events().empty());
 }
 
-TEST_F(DeleteCacheFileListTest, TakesThePathBehindTheSeparator)
+TEST_F(DeleteCacheFileListTest, TakesThePathAfterTheSeparator)
 {
     map = {{L"A", L"FILE|" + tree.File(L"1.tmp")}, {L"B", tree.File(L"2.tmp")}, {L"C", L"FILE|"}};
     EXPECT_TRUE(DeleteCacheFileList(map, L'|'));
@@ -176,12 +176,12 @@ TEST_F(DeleteCacheFileListTest, DeletesTheFilesOfAList)
 
 namespace {
 
-BOOL WINAPI RefuseDeletion(const wchar_t* /*path*/)
+BOOL WINAPI FailDeletion(const wchar_t* /*path*/)
 {
     return FALSE;
 }
 
-BOOL WINAPI RecordAndRefuseMove(const wchar_t* source, const wchar_t* target, DWORD flags)
+BOOL WINAPI RecordAndFailMove(const wchar_t* source, const wchar_t* target, DWORD flags)
 {
     CallLog::Add(std::wstring(source) + (target == nullptr ? L" " : L" to somewhere ") + std::to_wstring(flags));
     return FALSE;
@@ -196,8 +196,8 @@ BOOL WINAPI ThrowFromDeletion(const wchar_t* /*path*/)
 
 TEST_F(DeleteCacheFileListFault, IsTrueAlsoWhereNothingCanBeRegistered)
 {
-    const ImportPatch deletion("DeleteFileW", &RefuseDeletion);
-    const ImportPatch move("MoveFileExW", &RecordAndRefuseMove);
+    const ImportPatch deletion("DeleteFileW", &FailDeletion);
+    const ImportPatch move("MoveFileExW", &RecordAndFailMove);
     map = {{L"A", L"C:\\2.TMP"}, {L"B", L"C:\\1.TMP"}};
     EXPECT_TRUE(DeleteCacheFileList(map, L'\0'));
     std::vector<std::wstring> paths = {L"C:\\3.TMP"};
@@ -232,7 +232,7 @@ TEST_F(RestoreFileListCacheTest, CopiesEachCacheFileBesideItsLiveFile)
     EXPECT_TRUE(host.Events().empty());
 }
 
-TEST_F(RestoreFileListCacheTest, GoesOnBehindAFailure)
+TEST_F(RestoreFileListCacheTest, GoesOnAfterAFailure)
 {
     map = {{Upper(tree.Path(LR"(data\1)")), tree.Path(LR"(temp\missing)")},
            {Upper(tree.Path(LR"(data\2)")), tree.File(LR"(temp\there)", "cached")}};

@@ -31,7 +31,7 @@ TEST_F(MoveCacheFileTest, IsFalseForAnEmptyCacheFile)
     EXPECT_TRUE(pending.Entries().empty());
 }
 
-TEST_F(MoveCacheFileTest, IsFalseForARefusedTarget)
+TEST_F(MoveCacheFileTest, IsFalseForARejectedTarget)
 {
     std::wstring target = LR"(C:\a*b\live)";
     EXPECT_FALSE(MoveCacheFile(tree.File(L"cache"), target));

@@ -91,7 +91,7 @@ TEST_F(CreateCacheFileTest, LeavesTheCacheFileWhereTheCopyFails)
     EXPECT_TRUE(PathExists(cacheFile));
 }
 
-TEST_F(CreateCacheFileTest, OfARefusedPathIsFalseAndLeavesTheNameAlone)
+TEST_F(CreateCacheFileTest, OfARejectedPathIsFalseAndLeavesTheNameAlone)
 {
     cacheFile = L"as it was";
     EXPECT_FALSE(CreateCacheFile(LR"(C:\a?b\live)", cacheFile, L"abc", false, false));

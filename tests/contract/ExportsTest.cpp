@@ -57,7 +57,7 @@ std::set<void*> AddressesInTheTable()
     return addresses;
 }
 
-// The name as it stands in the sources: "_Z11GetFileName..." holds its length.
+// The name as in the sources: "_Z11GetFileName..." holds its length.
 std::string PlainName(const std::string& mangled)
 {
     std::size_t digits = 0;

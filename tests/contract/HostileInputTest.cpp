@@ -27,59 +27,74 @@ std::wstring Repeated(const std::wstring& text, std::size_t length)
     return repeated;
 }
 
-// `directory` is one that exists, for characters inside an absolute path.
-std::vector<HostileString> HostileStrings(const std::wstring& directory)
+const std::vector<HostileString> kStrings = {
+    {L"", "empty"},
+    {LR"(\)", "one backslash"},
+    {LR"(\\)", "two backslashes"},
+    {LR"(\\\)", "three backslashes"},
+    {L"//", "two slashes"},
+    {L".", "one dot"},
+    {L"..", "two dots"},
+    {L"...", "three dots"},
+    {L"....", "four dots"},
+    {LR"(..\)", "one step up"},
+    {LR"(..\..)", "two steps up"},
+    {LR"(.\.\.)", "no steps"},
+    {L":", "a colon"},
+    {L"::", "two colons"},
+    {L":::", "three colons"},
+    {LR"(\\?\)", "the long form of nothing"},
+    {LR"(\\?)", "the beginning of the long form"},
+    {LR"(\\.\)", "the device form of nothing"},
+    {LR"(\\?\UNC\)", "the long form of no share"},
+    {LR"(\\?\Volume{)", "the beginning of a volume's name"},
+    {LR"(\\h\volume$\)", "the mark without a volume"},
+    {L"%", "a percent sign"},
+    {L"%s%n%S%d", "a format"},
+    {L" ", "a blank"},
+    {L". ", "a dot and a blank"},
+    {L"\t\r\n", "white space"},
+    {std::wstring(1, L'\0'), "a NUL"},
+    {std::wstring(L"a\0b", 3), "an embedded NUL"},
+    {std::wstring(L"a\0*", 3), "a star after an embedded NUL"},
+    {L"\xD800", "half a surrogate pair"},
+    {L"\xDC00", "the other half"},
+    {L"a\xDC00\xD800z", "both halves in the wrong order"},
+    {L"\xFFFE\xFFFF\xFEFF", "no characters at all"},
+    {std::wstring(kLong, L'a'), "32,000 letters"},
+    {std::wstring(kLong, L'\\'), "32,000 backslashes"},
+    {std::wstring(kLong, L'.'), "32,000 dots"},
+    {std::wstring(kLong, L'*'), "32,000 stars"},
+    {std::wstring(kLong, L'\0'), "32,000 NULs"},
+    {Repeated(LR"(..\)", kLong), "10,667 steps up"},
+};
+
+// Strings after the path of a directory that exists and a backslash.
+const std::vector<HostileString> kNamesInDirectory = {
+    {L"\xD800", "half a pair in an absolute path"},
+    {std::wstring(kLong, L'a'), "32,000 letters in an absolute path"},
+};
+
+// Every character of ASCII, alone, inside a name and inside an absolute path.
+void AddCharacters(std::vector<HostileString>& strings, const std::wstring& directory)
 {
-    std::vector<HostileString> strings = {
-        {L"", "empty"},
-        {LR"(\)", "one backslash"},
-        {LR"(\\)", "two backslashes"},
-        {LR"(\\\)", "three backslashes"},
-        {L"//", "two slashes"},
-        {L".", "one dot"},
-        {L"..", "two dots"},
-        {L"...", "three dots"},
-        {L"....", "four dots"},
-        {LR"(..\)", "one step up"},
-        {LR"(..\..)", "two steps up"},
-        {LR"(.\.\.)", "no steps"},
-        {L":", "a colon"},
-        {L"::", "two colons"},
-        {L":::", "three colons"},
-        {LR"(\\?\)", "the long form of nothing"},
-        {LR"(\\?)", "the beginning of the long form"},
-        {LR"(\\.\)", "the device form of nothing"},
-        {LR"(\\?\UNC\)", "the long form of no share"},
-        {LR"(\\?\Volume{)", "the beginning of a volume's name"},
-        {LR"(\\h\volume$\)", "the mark without a volume"},
-        {L"%", "a percent sign"},
-        {L"%s%n%S%d", "a format"},
-        {L" ", "a blank"},
-        {L". ", "a dot and a blank"},
-        {L"\t\r\n", "white space"},
-        {std::wstring(1, L'\0'), "a NUL"},
-        {std::wstring(L"a\0b", 3), "an embedded NUL"},
-        {std::wstring(L"a\0*", 3), "a star after an embedded NUL"},
-        {directory + std::wstring(L"\0\\x", 3), "an embedded NUL in an absolute path"},
-        {L"\xD800", "half a surrogate pair"},
-        {L"\xDC00", "the other half"},
-        {L"a\xDC00\xD800z", "both halves in the wrong order"},
-        {directory + L"\\\xD800", "half a pair in an absolute path"},
-        {L"\xFFFE\xFFFF\xFEFF", "no characters at all"},
-        {std::wstring(kLong, L'a'), "32,000 letters"},
-        {directory + L"\\" + std::wstring(kLong, L'a'), "32,000 letters in an absolute path"},
-        {std::wstring(kLong, L'\\'), "32,000 backslashes"},
-        {std::wstring(kLong, L'.'), "32,000 dots"},
-        {std::wstring(kLong, L'*'), "32,000 stars"},
-        {std::wstring(kLong, L'\0'), "32,000 NULs"},
-        {Repeated(LR"(..\)", kLong), "10,667 steps up"},
-    };
     for (wchar_t character = 1; character < 128; ++character) {
         const std::string what = "character " + std::to_string(character);
         strings.push_back({std::wstring(1, character), what});
         strings.push_back({std::wstring(L"a") + character + L"b", what + " inside"});
         strings.push_back({directory + L"\\a" + character + L"b", what + " inside an absolute path"});
     }
+}
+
+// `directory` is one that exists.
+std::vector<HostileString> HostileStrings(const std::wstring& directory)
+{
+    std::vector<HostileString> strings = kStrings;
+    for (const auto& [name, what] : kNamesInDirectory) {
+        strings.push_back({directory + L"\\" + name, what});
+    }
+    strings.push_back({directory + std::wstring(L"\0\\x", 3), "an embedded NUL in an absolute path"});
+    AddCharacters(strings, directory);
     return strings;
 }
 
@@ -133,7 +148,7 @@ protected:
         EveryFunctionTest::TearDown();
     }
 
-    std::vector<HostileString> StringsFor(Effect effect) const
+    [[nodiscard]] std::vector<HostileString> StringsFor(Effect effect) const
     {
         std::vector<HostileString> strings = HostileStrings(tree.Path(L"there"));
         if (effect == Effect::kChanges) {

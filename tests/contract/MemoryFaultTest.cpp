@@ -60,7 +60,7 @@ protected:
         ADD_FAILURE() << Title(call) << " does not end";
     }
 
-    int Thrown() const { return m_thrown; }
+    [[nodiscard]] int Thrown() const { return m_thrown; }
 
 private:
     int m_thrown = 0;

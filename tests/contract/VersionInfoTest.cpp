@@ -21,20 +21,20 @@ public:
         EXPECT_TRUE(::GetFileVersionInfoW(path, 0, static_cast<DWORD>(m_data.size()), m_data.data()));
     }
 
-    VS_FIXEDFILEINFO Fixed() const
+    [[nodiscard]] VS_FIXEDFILEINFO Fixed() const
     {
         const void* value = Query(L"\\");
         return value == nullptr ? VS_FIXEDFILEINFO() : *static_cast<const VS_FIXEDFILEINFO*>(value);
     }
 
     // A text in US English, the one language there is.
-    std::wstring Text(const std::wstring& name) const
+    [[nodiscard]] std::wstring Text(const std::wstring& name) const
     {
         const void* value = Query(LR"(\StringFileInfo\040904B0\)" + name);
         return value == nullptr ? std::wstring() : static_cast<const wchar_t*>(value);
     }
 
-    const void* Query(const std::wstring& block) const
+    [[nodiscard]] const void* Query(const std::wstring& block) const
     {
         void* value = nullptr;
         UINT length = 0;

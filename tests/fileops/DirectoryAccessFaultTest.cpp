@@ -135,7 +135,7 @@ protected:
         CallLog::Take();
     }
 
-    bool Ask(const SecurityScript& script) const
+    [[nodiscard]] bool Ask(const SecurityScript& script) const
     {
         g_script = script;
         const ImportPatch security("GetFileSecurityW", &ScriptedFileSecurity);

@@ -17,7 +17,7 @@ int __cdecl ChangeAndRecord(const wchar_t* directory)
     return ::_wchdir(directory);
 }
 
-int __cdecl RefuseToChange(const wchar_t* directory)
+int __cdecl FailToChange(const wchar_t* directory)
 {
     CallLog::Add(std::wstring(L"_wchdir ") + directory);
     errno = EACCES;
@@ -54,7 +54,7 @@ TEST_F(IsDirectoryExistsFault, ChangesIntoTheNormalisedDirectoryAndBack)
 
 TEST_F(IsDirectoryExistsFault, DirectoryThatMayNotBeEnteredDoesNotExist)
 {
-    const ImportPatch denied("_wchdir", &RefuseToChange);
+    const ImportPatch denied("_wchdir", &FailToChange);
     errno = 0;
     EXPECT_FALSE(isDirectoryExists(tree.Root()));
     EXPECT_EQ(EACCES, errno);
@@ -79,7 +79,7 @@ TEST_F(IsDirectoryExistsFault, WayBackLeavesTheErrorsOfTheAttempt)
     EXPECT_EQ(DWORD{ERROR_FILE_NOT_FOUND}, ::GetLastError());
 }
 
-TEST_F(IsDirectoryExistsFault, CurrentDirectoryThatTheRuntimeCannotReadIsPutBackAllTheSame)
+TEST_F(IsDirectoryExistsFault, CurrentDirectoryThatTheRuntimeCannotReadIsRestoredAllTheSame)
 {
     const WorkingDirectory inside(tree.Directory(L"here"));
     const ImportPatch unreadable("_wgetcwd", &FailToReadCurrentDirectory);

@@ -1,4 +1,4 @@
-// Whether a directory can be entered, and whether its access list grants reading and writing.
+// Whether a directory can be entered, and whether its DACL grants reading and writing.
 
 #include "tests/support/Dacl.h"
 #include "tests/support/LibraryTest.h"
@@ -74,7 +74,7 @@ TEST_F(IsDirectoryExistsTest, EntersDirectoriesOfShares)
     EXPECT_FALSE(isDirectoryExists(LR"(\\alpha\nodata)"));
 }
 
-TEST_F(IsDirectoryExistsTest, PutsTheCurrentDirectoryBackFromAndToEveryVolume)
+TEST_F(IsDirectoryExistsTest, RestoresTheCurrentDirectoryFromAndToEveryVolume)
 {
     const TestDirectory share(LR"(\\alpha\data\)");
     const TestDirectory other(L"D:\\");
@@ -91,8 +91,8 @@ TEST_F(IsDirectoryExistsTest, PutsTheCurrentDirectoryBackFromAndToEveryVolume)
     }
 }
 
-// The runtime's own buffer for the current directory has no room for this one.
-TEST_F(IsDirectoryExistsTest, PutsBackACurrentDirectoryOfMoreThan260Characters)
+// The runtime's own buffer for the current directory is too small for this one.
+TEST_F(IsDirectoryExistsTest, RestoresACurrentDirectoryOfMoreThan260Characters)
 {
     std::wstring deep = tree.Root();
     for (int level = 0; level < 6; ++level) {
@@ -131,7 +131,7 @@ TEST_F(IsDirectoryExistsTest, EmptyPathIsReportedWhenThereIsAnErrorToReport)
     EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, ::GetLastError());
 }
 
-TEST_F(IsDirectoryExistsTest, RefusedPathIsReportedOnce)
+TEST_F(IsDirectoryExistsTest, RejectedPathIsReportedOnce)
 {
     for (const wchar_t* name : {L"a*b", L"a?b", L"a:b", LR"(a*\b)"}) {
         host.Clear();
@@ -156,7 +156,7 @@ TEST_F(IsDirectoryReadWritableTest, IsTrueForWhatTheUserMayReadAndWrite)
     EXPECT_TRUE(isDirectoryReadWritable(tree.Root()));
     EXPECT_TRUE(isDirectoryReadWritable(tree.Root() + L"\\"));
     EXPECT_TRUE(isDirectoryReadWritable(WithForwardSlashes(tree.Root())));
-    EXPECT_TRUE(isDirectoryReadWritable(tree.File(L"file"))) << "files have access lists, too";
+    EXPECT_TRUE(isDirectoryReadWritable(tree.File(L"file"))) << "files have DACLs, too";
     EXPECT_TRUE(isDirectoryReadWritable(other.Root()));
 }
 
@@ -174,7 +174,7 @@ TEST_F(IsDirectoryReadWritableTest, IsFalseWithoutALogLineForWhatCannotBeQueried
 {
     EXPECT_FALSE(isDirectoryReadWritable(tree.Path(L"missing")));
     EXPECT_EQ(DWORD{ERROR_FILE_NOT_FOUND}, ::GetLastError());
-    EXPECT_FALSE(isDirectoryReadWritable(tree.Path(L"a*b"))) << "the path is not validated, but Windows refuses it";
+    EXPECT_FALSE(isDirectoryReadWritable(tree.Path(L"a*b"))) << "the path is not validated, but Windows rejects it";
     EXPECT_EQ(StringList(), host.Lines());
 }
 

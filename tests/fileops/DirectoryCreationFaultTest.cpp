@@ -153,7 +153,7 @@ TEST_F(RecursivelyCreateDirectoryFault, LeavesAnOlderErrorWhenAllCouldBeMade)
         << "an errno of a listing, though no Win32 error";
 }
 
-TEST_F(RecursivelyCreateDirectoryFault, CurrentDirectoryThatTheRuntimeCannotReadIsPutBackAllTheSame)
+TEST_F(RecursivelyCreateDirectoryFault, CurrentDirectoryThatTheRuntimeCannotReadIsRestoredAllTheSame)
 {
     tree.File(L"file");
     const WorkingDirectory inside(tree.Directory(L"here"));
@@ -167,7 +167,7 @@ TEST_F(RecursivelyCreateDirectoryFault, CurrentDirectoryThatTheRuntimeCannotRead
 }
 
 // The report is written while the current directory is still another one.
-TEST_F(RecursivelyCreateDirectoryFault, ExceptionOfTheHostsLoggerFindsTheCurrentDirectoryPutBack)
+TEST_F(RecursivelyCreateDirectoryFault, ExceptionOfTheHostsLoggerFindsTheCurrentDirectoryRestored)
 {
     tree.File(L"file");
     const WorkingDirectory inside(tree.Directory(L"here"));

@@ -122,8 +122,8 @@ TEST_F(RecursivelyCreateDirectoryTest, BeginsBelowTheDriveOrTheServer)
         {LR"(//server/share/a)", {LR"(\\server\share)", LR"(\\server\share\a)"}, "a share with forward slashes"},
         {LR"(C:a\b)", {LR"(C:\a)", LR"(C:\a\b)"}, "a drive's own current directory does not count"},
         {LR"(C:\a\\b)", {LR"(C:\a)", LR"(C:\a\)", LR"(C:\a\\b)"}, "an empty component is tried, too"},
-        {LR"(C:\\a\b)", {LR"(\\a\b)"}, "two backslashes begin a server, also behind a drive"},
-        {LR"(\\server\\share)", {LR"(\\server\share)"}, "also behind the server"},
+        {LR"(C:\\a\b)", {LR"(\\a\b)"}, "two backslashes begin a server, also after a drive"},
+        {LR"(\\server\\share)", {LR"(\\server\share)"}, "also after the server"},
         {LR"(\\?\C:\a)", {LR"(\\?\C:)", LR"(\\?\C:\a)"}, "the extended-length prefix stands for the server"},
         {LR"(C:\a.b\c.d)", {LR"(C:\a.b)", LR"(C:\a.b\c.d)"}, "dots mean nothing"},
     };
@@ -177,7 +177,7 @@ TEST_F(RecursivelyCreateDirectoryTest, EmptyPathIsReportedWhenThereIsAnErrorToRe
     EXPECT_EQ(ReportLines(ERROR_ACCESS_DENIED), host.LinesAt(0));
 }
 
-TEST_F(RecursivelyCreateDirectoryTest, RefusedPathMakesNothingAndIsReportedOnce)
+TEST_F(RecursivelyCreateDirectoryTest, RejectedPathMakesNothingAndIsReportedOnce)
 {
     ::SetLastError(ERROR_ACCESS_DENIED);
     EXPECT_FALSE(RecursivelyCreateDirectory(tree.Path(LR"(a\b*c)")));
@@ -210,7 +210,7 @@ TEST_F(RecursivelyCreateDirectoryTest, FileAtTheEndIsAnInvalidBuffer)
     EXPECT_NE(DWORD{ERROR_ALREADY_EXISTS}, notEntered);
 }
 
-TEST_F(RecursivelyCreateDirectoryTest, ComponentsBehindAFailureAreStillTried)
+TEST_F(RecursivelyCreateDirectoryTest, ComponentsAfterAFailureAreStillTried)
 {
     tree.File(L"file");
     const CapturedOutput output;
@@ -229,7 +229,7 @@ TEST_F(RecursivelyCreateDirectoryTest, UnreachableNameOutsideTheLocaleIsHarmless
     EXPECT_EQ(0U, output.Text().find("Unable to locate the directory: "));
 }
 
-TEST_F(RecursivelyCreateDirectoryTest, PutsTheCurrentDirectoryBackOnSuccessAndFailure)
+TEST_F(RecursivelyCreateDirectoryTest, RestoresTheCurrentDirectoryOnSuccessAndFailure)
 {
     tree.File(L"file");
     const TestDirectory share(LR"(\\alpha\data\)");

@@ -13,7 +13,7 @@ namespace {
 int g_openErrno;
 DWORD g_openError;
 
-int __cdecl RefuseToOpen(const wchar_t* /*path*/, int /*flags*/, ...)
+int __cdecl FailToOpen(const wchar_t* /*path*/, int /*flags*/, ...)
 {
     errno = g_openErrno;
     ::SetLastError(g_openError);
@@ -32,8 +32,8 @@ int __cdecl CloseAndRecord(int file)
     return ::_close(file);
 }
 
-HANDLE WINAPI RefuseToCreate(LPCWSTR /*path*/, DWORD /*access*/, DWORD /*share*/, LPSECURITY_ATTRIBUTES /*security*/,
-                             DWORD /*disposition*/, DWORD /*flags*/, HANDLE /*pattern*/)
+HANDLE WINAPI FailToCreate(LPCWSTR /*path*/, DWORD /*access*/, DWORD /*share*/, LPSECURITY_ATTRIBUTES /*security*/,
+                           DWORD /*disposition*/, DWORD /*flags*/, HANDLE /*pattern*/)
 {
     ::SetLastError(ERROR_ACCESS_DENIED);
     return INVALID_HANDLE_VALUE;
@@ -91,7 +91,7 @@ TEST_F(IsFileExistsFault, OpensReadOnlyAndCloses)
 TEST_F(IsFileExistsFault, FileThatMayNotBeReadDoesNotExist)
 {
     const std::wstring file = tree.File(L"file");
-    const ImportPatch denied("_wopen", &RefuseToOpen);
+    const ImportPatch denied("_wopen", &FailToOpen);
     g_openErrno = EACCES;
     g_openError = ERROR_ACCESS_DENIED;
     errno = 0;
@@ -151,7 +151,7 @@ TEST_F(IsCanReplaceFileFault, PathIsOpenedAsItIsGiven)
 TEST_F(IsCanReplaceFileFault, FileThatMayNotBeWrittenCannotBeReplaced)
 {
     std::wstring file = tree.File(L"file");
-    const ImportPatch denied("CreateFileW", &RefuseToCreate);
+    const ImportPatch denied("CreateFileW", &FailToCreate);
     EXPECT_FALSE(IsCanReplaceFile(file));
     EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, ::GetLastError());
     EXPECT_EQ(StringList(), host.Lines());
@@ -160,7 +160,7 @@ TEST_F(IsCanReplaceFileFault, FileThatMayNotBeWrittenCannotBeReplaced)
 TEST_F(IsCanReplaceFileFault, OnlyASharingViolationOfTheReaderMeansInUse)
 {
     std::wstring file = tree.File(L"file");
-    const ImportPatch refused("_wopen", &RefuseToOpen);
+    const ImportPatch rejected("_wopen", &FailToOpen);
     const struct {
         int errnoCode;
         DWORD error;
@@ -169,7 +169,7 @@ TEST_F(IsCanReplaceFileFault, OnlyASharingViolationOfTheReaderMeansInUse)
     } cases[] = {
         {EACCES, ERROR_SHARING_VIOLATION, false, "another handle holds it"},
         {EACCES, ERROR_ACCESS_DENIED, true, "it may not be read"},
-        {EACCES, ERROR_LOCK_VIOLATION, true, "a locked range does not refuse an open"},
+        {EACCES, ERROR_LOCK_VIOLATION, true, "a locked range does not prevent an open"},
         {ENOENT, ERROR_FILE_NOT_FOUND, true, "it is missing"},
         {EMFILE, ERROR_SHARING_VIOLATION, true, "the runtime is out of descriptors: the last error is an old one"},
     };
@@ -185,7 +185,7 @@ TEST_F(IsCanReplaceFileFault, OnlyASharingViolationOfTheReaderMeansInUse)
 TEST_F(IsCanReplaceFileFault, MissingDescriptorIsNoAnswerAboutTheFile)
 {
     std::wstring file = tree.File(L"file");
-    const ImportPatch open("_wopen", &RefuseToOpen);
+    const ImportPatch open("_wopen", &FailToOpen);
     g_openErrno = EMFILE;
     g_openError = ERROR_SUCCESS;
     EXPECT_TRUE(IsCanReplaceFile(file));
@@ -193,8 +193,8 @@ TEST_F(IsCanReplaceFileFault, MissingDescriptorIsNoAnswerAboutTheFile)
     EXPECT_FALSE(IsCanReplaceFile(file));
 }
 
-// The question for attributes may meet a file that Windows itself holds; that says nothing about a refused path.
-TEST_F(IsCanReplaceFileFault, RefusedPathIsNotInUseWhateverTheLastErrorIs)
+// The question for attributes may meet a file that Windows itself holds; that says nothing about a rejected path.
+TEST_F(IsCanReplaceFileFault, RejectedPathIsNotInUseWhateverTheLastErrorIs)
 {
     const ImportPatch held(
         "GetFileAttributesW", +[](LPCWSTR /*path*/) -> DWORD {

@@ -111,7 +111,7 @@ TEST_F(IsFileExistsTest, EmptyPathIsReportedWhenThereIsAnErrorToReport)
     EXPECT_EQ(ReportLines(ERROR_ACCESS_DENIED), host.LinesAt(0));
 }
 
-TEST_F(IsFileExistsTest, RefusedPathIsReportedOnce)
+TEST_F(IsFileExistsTest, RejectedPathIsReportedOnce)
 {
     for (const wchar_t* name : {L"a*b", L"a?.txt", L"a.t:xt", LR"(a*\b)"}) {
         host.Clear();
@@ -173,7 +173,7 @@ TEST_F(IsCanReplaceFileTest, FileThatAnyOtherHandleHoldsCannotBeReplaced)
         DWORD share;
         const char* why;
     } cases[] = {
-        {GENERIC_READ, kShareNothing, "the read-only open is refused already"},
+        {GENERIC_READ, kShareNothing, "the read-only open is rejected already"},
         {GENERIC_WRITE, kShareNothing, "the same for a writer"},
         {GENERIC_READ | GENERIC_WRITE, FILE_SHARE_WRITE, "readers alone are kept out"},
         {GENERIC_READ, FILE_SHARE_READ, "it can be read, but not written"},
@@ -205,7 +205,7 @@ TEST_F(IsCanReplaceFileTest, HandleThatOnlyAsksForAttributesDoesNotHoldAFile)
 TEST_F(IsCanReplaceFileTest, WhatCannotBeReadAsAFileCountsAsMissing)
 {
     EXPECT_TRUE(CanReplace(tree.Directory(L"dir")));
-    EXPECT_TRUE(CanReplace(tree.Path(L"a*b"))) << "nor does a refused path name one";
+    EXPECT_TRUE(CanReplace(tree.Path(L"a*b"))) << "nor does a rejected path name one";
 }
 
 // The attributes are asked for first, and their failure is what the report finds.

@@ -79,12 +79,12 @@ BOOL WINAPI FailToWrite(HANDLE file, LPCVOID buffer, DWORD size, LPDWORD written
     return g_failure.result;
 }
 
-std::wstring g_refused; // the path that may not be opened
+std::wstring g_rejected; // the path that may not be opened
 
-HANDLE WINAPI RefuseOnePath(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD disposition,
-                            DWORD flags, HANDLE pattern)
+HANDLE WINAPI FailOnePath(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD disposition,
+                          DWORD flags, HANDLE pattern)
 {
-    if (path == g_refused) {
+    if (path == g_rejected) {
         ::SetLastError(ERROR_ACCESS_DENIED);
         return INVALID_HANDLE_VALUE;
     }
@@ -105,7 +105,7 @@ protected:
     }
 
     // Lets one read of a copy fail.
-    int CopyWithReadFailure(const Failure& failure) const
+    [[nodiscard]] int CopyWithReadFailure(const Failure& failure) const
     {
         g_failure = failure;
         g_calls = 0;
@@ -113,7 +113,7 @@ protected:
         return DoCopyComponentFile(source, target);
     }
 
-    int CopyWithWriteFailure(const Failure& failure) const
+    [[nodiscard]] int CopyWithWriteFailure(const Failure& failure) const
     {
         g_failure = failure;
         g_calls = 0;
@@ -226,20 +226,20 @@ TEST_F(FileCopyFault, WriteOfTheWholeBlockCountsWhateverItReturns)
 
 TEST_F(FileCopyFault, FailedCopyLeavesTheErrorOfTheFailingCall)
 {
-    const ImportPatch opening("CreateFileW", &RefuseOnePath);
+    const ImportPatch opening("CreateFileW", &FailOnePath);
     const ImportPatch closing("CloseHandle", &CloseAndRecord);
-    g_refused = source;
+    g_rejected = source;
     EXPECT_EQ(0, DoCopyComponentFile(source, target));
     EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, ::GetLastError());
     EXPECT_EQ(StringList(), CallLog::Take()) << "nothing was open";
     EXPECT_FALSE(PathExists(target)) << "the target is not touched";
 
-    g_refused = target;
+    g_rejected = target;
     EXPECT_EQ(0, DoCopyComponentFile(source, target));
     EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, ::GetLastError());
     EXPECT_EQ((StringList{L"CloseHandle"}), CallLog::Take()) << "the source was";
 
-    g_refused.clear();
+    g_rejected.clear();
     EXPECT_EQ(0, CopyWithWriteFailure({1, FALSE, true, 0, ERROR_DISK_FULL}));
     EXPECT_EQ(DWORD{ERROR_DISK_FULL}, ::GetLastError());
     EXPECT_EQ((StringList{L"CloseHandle", L"CloseHandle"}), CallLog::Take());

@@ -197,7 +197,7 @@ TEST_F(DoCopyComponentFileTest, EmptySourceIsReportedWhenThereIsAnErrorToReport)
     EXPECT_FALSE(PathExists(tree.Path(L"new")));
 }
 
-TEST_F(DoCopyComponentFileTest, RefusedSourceIsReportedOnce)
+TEST_F(DoCopyComponentFileTest, RejectedSourceIsReportedOnce)
 {
     ::SetLastError(ERROR_ACCESS_DENIED);
     EXPECT_EQ(0, DoCopyComponentFile(tree.Path(L"a*b"), tree.Path(LR"(new\target)")));
@@ -205,8 +205,8 @@ TEST_F(DoCopyComponentFileTest, RefusedSourceIsReportedOnce)
     EXPECT_FALSE(PathExists(tree.Path(L"new")));
 }
 
-// Its directory and its name are asked for one after the other, and both questions are refused.
-TEST_F(DoCopyComponentFileTest, RefusedTargetIsReportedForDirectoryAndName)
+// Its directory and its name are asked for one after the other, and both questions are rejected.
+TEST_F(DoCopyComponentFileTest, RejectedTargetIsReportedForDirectoryAndName)
 {
     const std::wstring source = tree.File(L"source");
     const WorkingDirectory inside(tree.Directory(L"here"));
@@ -220,7 +220,7 @@ TEST_F(DoCopyComponentFileTest, RefusedTargetIsReportedForDirectoryAndName)
     EXPECT_EQ(StringList(), ListFilesFilter(tree.Path(L"here"), L"*", false)) << "nothing lands where we are";
 }
 
-TEST_F(DoCopyComponentFileTest, PutsTheCurrentDirectoryBackOnSuccessAndFailure)
+TEST_F(DoCopyComponentFileTest, RestoresTheCurrentDirectoryOnSuccessAndFailure)
 {
     const TestDirectory share(LR"(\\alpha\data\)");
     const std::wstring source = tree.File(L"source");

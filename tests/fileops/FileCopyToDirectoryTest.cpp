@@ -96,7 +96,7 @@ TEST_F(DoCopyComponentFileToDirTest, EmptySourceIsReportedWhenThereIsAnErrorToRe
     EXPECT_FALSE(PathExists(tree.Path(L"new")));
 }
 
-TEST_F(DoCopyComponentFileToDirTest, RefusedPathsAreReportedOnce)
+TEST_F(DoCopyComponentFileToDirTest, RejectedPathsAreReportedOnce)
 {
     const std::wstring source = tree.File(L"source");
     ::SetLastError(ERROR_ACCESS_DENIED);

@@ -6,6 +6,8 @@
 
 #include <io.h>
 
+#include <cerrno>
+
 using DeleteFilesFilterTest = LibraryTest;
 
 TEST_F(DeleteFilesFilterTest, DeletesWhatMatchesAndNothingElse)
@@ -40,7 +42,7 @@ TEST_F(DeleteFilesFilterTest, WithAStarDeletesTheFilesAndKeepsTheDirectories)
 }
 
 namespace {
-std::intptr_t RefuseSearch(const wchar_t* pattern, struct _wfinddata64_t* /*entry*/)
+std::intptr_t FailSearch(const wchar_t* pattern, struct _wfinddata64_t* /*entry*/)
 {
     CallLog::Add(pattern);
     return -1;
@@ -49,7 +51,7 @@ std::intptr_t RefuseSearch(const wchar_t* pattern, struct _wfinddata64_t* /*entr
 
 TEST_F(DeleteFilesFilterTest, DoesNotWidenAStarAsListingsDo)
 {
-    const ImportPatch patch("_wfindfirst64", &RefuseSearch);
+    const ImportPatch patch("_wfindfirst64", &FailSearch);
     DeleteFilesFilter(tree.Root(), L"*");
     EXPECT_EQ(StringList{tree.Root() + L"\\*"}, CallLog::Take());
 }
@@ -82,6 +84,15 @@ TEST_F(DeleteFilesFilterTest, LogsWhatItFindsAsAListingDoes)
     DeleteFilesFilter(tree.Root(), L"*");
     EXPECT_EQ((StringList{L"file =  " + tree.Path(L"a") + L"\n", L"file =  " + tree.Path(L"b") + L"\n"}),
               host.LinesAt(2));
+}
+
+TEST_F(DeleteFilesFilterTest, LogsNothingAboutAFileThatCannotBeDeleted)
+{
+    const LockedFile locked(tree.File(L"a"), GENERIC_READ, FILE_SHARE_READ);
+    errno = 0;
+    EXPECT_FALSE(DeleteFilesFilter(tree.Root(), L"*"));
+    EXPECT_EQ(EACCES, errno);
+    EXPECT_EQ(StringList{L"file =  " + tree.Path(L"a") + L"\n"}, host.Lines());
 }
 
 TEST_F(DeleteFilesFilterTest, TakesTheCurrentDirectoryForAnEmptyPath)

@@ -21,7 +21,7 @@ protected:
     }
 
     // Runs `call` with its first allocation failing, then its second, until it ends by itself. Each time std::bad_alloc
-    // must come out, no memory stay behind, and the current directory be put back.
+    // must come out, no memory stay behind, and the current directory be restored.
     void ExpectCleanFailures(const std::function<void()>& call)
     {
         const WorkingDirectory inside(tree.Path(L"here"));

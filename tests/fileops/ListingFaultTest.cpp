@@ -53,7 +53,7 @@ TEST_F(ListFilesFilterFault, MergesEntriesOfAnyOrderAndLogsThoseAppended)
     EXPECT_EQ((StringList{L"a", L"b", L"m", L"n", L"z", L"z", L"zz", L"zz"}),
               ListFilesFilter(tree.Root(), L"*", false));
     EXPECT_EQ((StringList{FileLine(L"m"), FileLine(L"z"), FileLine(L"zz"), FileLine(L"zz")}), host.Lines())
-        << "an equal one goes behind its like";
+        << "an equal one goes after its like";
 }
 
 TEST_F(ListFilesFilterFault, LooksAtTheDirectoryAttributeAlone)
@@ -237,7 +237,7 @@ TEST_F(ListFilesFilterRecursiveFault, DirectoryWithoutMatchesDoesNotEndTheList)
 }
 
 // No real file system has such a name, but a walk that met one would have to end like any other that fails.
-TEST_F(ListFilesFilterRecursiveFault, DirectoryOfARefusedNameEndsTheWalk)
+TEST_F(ListFilesFilterRecursiveFault, DirectoryOfARejectedNameEndsTheWalk)
 {
     Answer(LR"(a\)", {{L"in-a"}, SimulatedDirectory(L"y?"), SimulatedDirectory(L"x")});
     ::SetLastError(ERROR_ACCESS_DENIED);

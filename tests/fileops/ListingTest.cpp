@@ -27,13 +27,13 @@ bool Contains(const StringList& list, const std::wstring& text)
 
 class ListFilesFilterTest : public LibraryTest {};
 
-TEST_F(ListFilesFilterTest, SortsCapitalsBeforeSmallLetters)
+TEST_F(ListFilesFilterTest, SortsUpperCaseBeforeLowerCase)
 {
     tree.Files({L"b", L"a", L"C"});
     EXPECT_EQ((StringList{L"C", L"a", L"b"}), ListFilesFilter(tree.Root(), L"*", false));
 }
 
-// Windows finds a, b, C: the last one goes in front of the others.
+// Windows finds a, b, C: the last one goes before the others.
 TEST_F(ListFilesFilterTest, LogsOnlyWhatIsAppendedAtTheEnd)
 {
     tree.Files({L"b", L"a", L"C"});
@@ -155,7 +155,7 @@ TEST_F(ListFilesFilterTest, TakesRelativeDirectoriesFromTheCurrentDirectory)
     EXPECT_EQ((StringList{tree.Path(L"top")}), ListFilesFilter(tree.Root().substr(2), L"*", true)) << "rooted";
 }
 
-// A surrogate pair stands before U+FF21 in the order of code units, behind it in that of characters.
+// A surrogate pair comes before U+FF21 in the order of code units, behind it in that of characters.
 TEST_F(ListFilesFilterTest, SortsByCodeUnits)
 {
     const StringList sorted = {L"A", L"_", L"b", L"\u00e9", L"\u0416", L"\U0001F600", L"\uFF21"};
@@ -178,7 +178,7 @@ TEST_F(ListFilesFilterTest, DirectoryThatCannotBeEnteredGivesNothingAndLogsNothi
     EXPECT_TRUE(host.Events().empty());
 }
 
-TEST_F(ListFilesFilterTest, RefusedDirectoryIsReportedOnce)
+TEST_F(ListFilesFilterTest, RejectedDirectoryIsReportedOnce)
 {
     ::SetLastError(ERROR_ACCESS_DENIED);
     EXPECT_EQ(StringList(), ListFilesFilter(tree.Path(L"a*b"), L"*", true));
@@ -242,7 +242,7 @@ TEST_F(ListDirecoriesRecursiveTest, DirectoryThatCannotBeSearchedGivesNothingAnd
     EXPECT_TRUE(host.Events().empty());
 }
 
-TEST_F(ListDirecoriesRecursiveTest, RefusedDirectoryIsReportedOnce)
+TEST_F(ListDirecoriesRecursiveTest, RejectedDirectoryIsReportedOnce)
 {
     ::SetLastError(ERROR_ACCESS_DENIED);
     EXPECT_EQ(StringList(), ListDirecoriesRecursive(tree.Path(L"a?b")));

@@ -8,7 +8,9 @@ using DeleteDirectoryRecursiveFault = DeleteDirectoryRecursiveTest;
 
 namespace {
 
-// Windows gives "." first in every directory but a root; this search stands on the first real entry instead.
+constexpr DWORD kErrorWithoutText = 999999;
+
+// Windows gives "." first in every directory but a root; this search is on the first real entry instead.
 HANDLE WINAPI SearchWithoutDots(const wchar_t* pattern, WIN32_FIND_DATAW* entry)
 {
     const HANDLE search = ::FindFirstFileW(pattern, entry);
@@ -23,7 +25,7 @@ BOOL WINAPI FailWithAccessDenied(HANDLE /*search*/, WIN32_FIND_DATAW* /*entry*/)
     return FALSE;
 }
 
-BOOL WINAPI RefuseRemoval(const wchar_t* /*directory*/)
+BOOL WINAPI FailRemoval(const wchar_t* /*directory*/)
 {
     ::SetLastError(ERROR_CURRENT_DIRECTORY);
     return FALSE;
@@ -85,7 +87,7 @@ TEST_F(DeleteDirectoryRecursiveFault, ASearchThatEndsEarlyRemovesNothingAndIsSil
 TEST_F(DeleteDirectoryRecursiveFault, ADirectoryThatCannotBeRemovedIsZeroAndSilent)
 {
     tree.Directory(L"top");
-    const ImportPatch patch("RemoveDirectoryW", &RefuseRemoval);
+    const ImportPatch patch("RemoveDirectoryW", &FailRemoval);
     EXPECT_EQ(0, DeleteDirectoryRecursive(tree.Path(L"top").c_str()));
     EXPECT_EQ(static_cast<DWORD>(ERROR_CURRENT_DIRECTORY), ::GetLastError());
     EXPECT_TRUE(host.Events().empty());
@@ -116,4 +118,20 @@ TEST_F(DeleteDirectoryRecursiveFault, EntersDirectoriesThatAreLinks)
     const ImportPatch patch("FindNextFileW", &NextWithLinks);
     EXPECT_NE(0, DeleteDirectoryRecursive(tree.Path(L"top").c_str()));
     EXPECT_FALSE(PathExists(tree.Path(L"top")));
+}
+
+TEST_F(DeleteDirectoryRecursiveFault, ReportsAnErrorWithoutATextOfWindowsInTwoLines)
+{
+    tree.File(LR"(top\a)");
+    const ImportPatch patch(
+        "DeleteFileW", +[](const wchar_t*) -> BOOL {
+            ::SetLastError(kErrorWithoutText);
+            return FALSE;
+        });
+    EXPECT_EQ(0, DeleteDirectoryRecursive(tree.Path(L"top").c_str()));
+    EXPECT_EQ(
+        (StringList{L"Deleting file: " + tree.Path(LR"(top\a)") + L" \n", L"File couldn't be deleted: C \n",
+                    L"RecursivelyDeleteVirtualDir call failed: 999999\n", L"   - Returned HRESULT = 0x8007423f\n"}),
+        host.LinesAt(0));
+    EXPECT_EQ(kErrorWithoutText, ::GetLastError());
 }

@@ -52,7 +52,7 @@ TEST_F(DeleteDirectoryRecursiveTest, OfAFileIsZeroAndKeepsIt)
     EXPECT_TRUE(host.Events().empty());
 }
 
-TEST_F(DeleteDirectoryRecursiveTest, RefusesNullAndAnEmptyPath)
+TEST_F(DeleteDirectoryRecursiveTest, RejectsNullAndAnEmptyPath)
 {
     for (const wchar_t* path : {static_cast<const wchar_t*>(nullptr), L""}) {
         ::SetLastError(0);
@@ -103,7 +103,7 @@ TEST_F(DeleteDirectoryRecursiveTest, DeletesSixtyLevels)
     EXPECT_FALSE(PathExists(tree.Path(L"top")));
 }
 
-TEST_F(DeleteDirectoryRecursiveTest, HasRoomForASearchPatternBehind257Characters)
+TEST_F(DeleteDirectoryRecursiveTest, HasCapacityForASearchPatternAfter257Characters)
 {
     for (const auto& [length, fits] : {std::pair(257U, true), std::pair(258U, false), std::pair(259U, false)}) {
         host.Clear();
@@ -137,7 +137,7 @@ TEST_F(DeleteDirectoryRecursiveTest, CannotDeleteAnEntryWhosePathDoesNotFit)
     }
 }
 
-TEST_F(DeleteDirectoryRecursiveTest, StopsInATreeThatIsDeeperThanItsRoom)
+TEST_F(DeleteDirectoryRecursiveTest, StopsInATreeThatIsDeeperThanItsBuffer)
 {
     std::wstring path = LR"(\\?\)" + tree.Directory(L"top");
     for (int level = 0; level < 10; ++level) {

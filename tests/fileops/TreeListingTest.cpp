@@ -5,7 +5,7 @@
 
 class ListFilesFilterRecursiveTest : public LibraryTest {
 protected:
-    StringList Full(const StringList& relatives) const
+    [[nodiscard]] StringList Full(const StringList& relatives) const
     {
         StringList full;
         for (const std::wstring& relative : relatives) {
@@ -34,7 +34,7 @@ TEST_F(ListFilesFilterRecursiveTest, LogsScanTreeAndRelativePathsInTurn)
         std::wstring text;
     } lines[] = {
         {"file =  %S\n", L"file =  " + tree.Path(L"a") + L"\n"},
-        // B was found behind a, and goes in front of it
+        // B was found after a, and goes before it
         {"file =  %S\n", L"file =  " + tree.Path(L"B") + L"\n"},
         {"file =  %S\n", L"file =  " + tree.Path(L"a") + L"\n"},
         {"file =  %S\n", L"file =  " + tree.Path(LR"(sub\c)") + L"\n"},
@@ -73,7 +73,7 @@ TEST_F(ListFilesFilterRecursiveTest, StarListsTheSameFilesAsStarDotStar)
     EXPECT_EQ(all, ListFilesFilterRecursive(tree.Root(), L"*.*", false));
 }
 
-TEST_F(ListFilesFilterRecursiveTest, RelativePathsAreThoseBehindTheNormalisedDirectory)
+TEST_F(ListFilesFilterRecursiveTest, RelativePathsAreThoseAfterTheNormalisedDirectory)
 {
     const TestDirectory share(LR"(\\beta\data\)");
     const TestDirectory other(L"D:\\");
@@ -106,7 +106,7 @@ TEST_F(ListFilesFilterRecursiveTest, DirectoryThatCannotBeEnteredGivesNothingAnd
     EXPECT_TRUE(host.Events().empty());
 }
 
-TEST_F(ListFilesFilterRecursiveTest, RefusedDirectoryIsReportedOnce)
+TEST_F(ListFilesFilterRecursiveTest, RejectedDirectoryIsReportedOnce)
 {
     for (const bool fullPath : {true, false}) {
         host.Clear();

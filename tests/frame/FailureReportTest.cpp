@@ -182,22 +182,22 @@ TEST_F(FailureReportTest, ComesFromEveryOperationOnAnEmptyPath)
     }
 }
 
-TEST_F(FailureReportTest, ComesFromEveryOperationOnARefusedPath)
+TEST_F(FailureReportTest, ComesFromEveryOperationOnARejectedPath)
 {
-    const std::wstring refused = tree.Path(L"a*b");
+    const std::wstring rejected = tree.Path(L"a*b");
     const std::pair<const char*, std::function<void()>> operations[] = {
-        {"GetFileName", [&] { GetFileName(refused); }},
-        {"GetPathFileName", [&] { GetPathFileName(refused); }},
-        {"GetPathFileNameNoVolume", [&] { GetPathFileNameNoVolume(refused); }},
-        {"GetVolume", [&] { GetVolume(refused); }},
-        {"GetPathFileTranslate", [&] { GetPathFileTranslate(refused); }},
-        {"isDirectoryExists", [&] { isDirectoryExists(refused); }},
-        {"RecursivelyCreateDirectory", [&] { RecursivelyCreateDirectory(refused); }},
-        {"isFileExists", [&] { isFileExists(refused); }},
-        {"ListFilesFilter", [&] { ListFilesFilter(refused, L"*", false); }},
-        {"ListFilesFilterRecursive", [&] { ListFilesFilterRecursive(refused, L"*", false); }},
-        {"ListDirecoriesRecursive", [&] { ListDirecoriesRecursive(refused); }},
-        {"DoCopyComponentFileToDir", [&] { DoCopyComponentFileToDir(refused, tree.Root()); }},
+        {"GetFileName", [&] { GetFileName(rejected); }},
+        {"GetPathFileName", [&] { GetPathFileName(rejected); }},
+        {"GetPathFileNameNoVolume", [&] { GetPathFileNameNoVolume(rejected); }},
+        {"GetVolume", [&] { GetVolume(rejected); }},
+        {"GetPathFileTranslate", [&] { GetPathFileTranslate(rejected); }},
+        {"isDirectoryExists", [&] { isDirectoryExists(rejected); }},
+        {"RecursivelyCreateDirectory", [&] { RecursivelyCreateDirectory(rejected); }},
+        {"isFileExists", [&] { isFileExists(rejected); }},
+        {"ListFilesFilter", [&] { ListFilesFilter(rejected, L"*", false); }},
+        {"ListFilesFilterRecursive", [&] { ListFilesFilterRecursive(rejected, L"*", false); }},
+        {"ListDirecoriesRecursive", [&] { ListDirecoriesRecursive(rejected); }},
+        {"DoCopyComponentFileToDir", [&] { DoCopyComponentFileToDir(rejected, tree.Root()); }},
     };
     for (const auto& [name, operation] : operations) {
         for (const DWORD error : {DWORD{ERROR_SUCCESS}, DWORD{ERROR_SHARING_VIOLATION}}) {

@@ -26,7 +26,7 @@ int __cdecl LogText(int level, const char* format, ...)
     char text[256] = {};
     va_list arguments;
     va_start(arguments, format);
-    std::vsnprintf(text, sizeof(text), format, arguments);
+    static_cast<void>(std::vsnprintf(text, sizeof(text), format, arguments));
     va_end(arguments);
     g_text = std::to_string(level) + " " + text;
     return 0;

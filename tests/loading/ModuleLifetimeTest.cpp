@@ -49,7 +49,7 @@ protected:
     ExportPatch clock{"msvcrt.dll", "clock", &CountingClock};
 };
 
-// How often a 32-bit value stands in the data that the library may write to.
+// How often a 32-bit value is in the data that the library may write to.
 int CountInWritableData(HMODULE module, std::clock_t value)
 {
     const auto* base = reinterpret_cast<const BYTE*>(module);

@@ -188,7 +188,7 @@ TEST_F(EnvironmentExpansionTest, TellsWindowsTheSameSmallRoomTwice)
 
 // The rest are simulations: Windows answers what it is told to.
 
-TEST_F(EnvironmentExpansionTest, PrintsTheErrorAndKeepsTheTextWhenWindowsRefuses)
+TEST_F(EnvironmentExpansionTest, PrintsTheErrorAndKeepsTheTextWhenWindowsFails)
 {
     const ImportPatch expand("ExpandEnvironmentStringsW", &AnswerExpand);
     g_answers = {0};
@@ -202,7 +202,7 @@ TEST_F(EnvironmentExpansionTest, PrintsTheErrorAndKeepsTheTextWhenWindowsRefuses
     EXPECT_TRUE(host.Events().empty());
 }
 
-TEST_F(EnvironmentExpansionTest, PrintsTheErrorOfASecondRefusalAndTakesTheBuffer)
+TEST_F(EnvironmentExpansionTest, PrintsTheErrorOfASecondFailureAndTakesTheBuffer)
 {
     const ImportPatch expand("ExpandEnvironmentStringsW", &AnswerExpand);
     for (const bool writes : {false, true}) {

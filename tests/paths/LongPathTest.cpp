@@ -1,4 +1,4 @@
-// Paths and current directories that are longer than the library's room for them.
+// Paths and current directories that are longer than the buffers of the library.
 
 #include "tests/support/LibraryTest.h"
 #include "tests/support/WorkingDirectory.h"
@@ -10,7 +10,7 @@
 class LongPathTest : public LibraryTest {
 protected:
     // A directory below the test's own whose whole path has `length` characters.
-    std::wstring DirectoryOfLength(std::size_t length) const
+    [[nodiscard]] std::wstring DirectoryOfLength(std::size_t length) const
     {
         constexpr std::size_t kLongestName = 100; // characters
         std::wstring relative;
@@ -78,14 +78,14 @@ TEST_F(LongPathTest, StaysAShareHoweverLongItIs)
 
 TEST_F(LongPathTest, IsLookedAtUpToTheLongestPart)
 {
-    const auto isRefused = [](const std::wstring& path) { return GetPathFileTranslate(path).empty(); };
-    EXPECT_TRUE(isRefused(LR"(C:\dir\)" + Letters(kLongestPart - 1) + L"*")) << "the last character of a name";
-    EXPECT_FALSE(isRefused(LR"(C:\dir\)" + Letters(kLongestPart) + L"*"));
-    // The directory has a backslash in front, and the extension its dot.
-    EXPECT_TRUE(isRefused(LR"(C:\)" + Letters(kLongestPart - 2) + LR"(*\f)")) << "the last of a directory";
-    EXPECT_FALSE(isRefused(LR"(C:\)" + Letters(kLongestPart - 1) + LR"(*\f)"));
-    EXPECT_TRUE(isRefused(LR"(C:\dir\f.)" + Letters(kLongestPart - 2) + L"?")) << "the last of an extension";
-    EXPECT_FALSE(isRefused(LR"(C:\dir\f.)" + Letters(kLongestPart - 1) + L"?"));
+    const auto isRejected = [](const std::wstring& path) { return GetPathFileTranslate(path).empty(); };
+    EXPECT_TRUE(isRejected(LR"(C:\dir\)" + Letters(kLongestPart - 1) + L"*")) << "the last character of a name";
+    EXPECT_FALSE(isRejected(LR"(C:\dir\)" + Letters(kLongestPart) + L"*"));
+    // The directory begins with a backslash, and the extension its dot.
+    EXPECT_TRUE(isRejected(LR"(C:\)" + Letters(kLongestPart - 2) + LR"(*\f)")) << "the last of a directory";
+    EXPECT_FALSE(isRejected(LR"(C:\)" + Letters(kLongestPart - 1) + LR"(*\f)"));
+    EXPECT_TRUE(isRejected(LR"(C:\dir\f.)" + Letters(kLongestPart - 2) + L"?")) << "the last of an extension";
+    EXPECT_FALSE(isRejected(LR"(C:\dir\f.)" + Letters(kLongestPart - 1) + L"?"));
 }
 
 TEST_F(LongPathTest, OnePartThatIsTooLongDoesNotHideAnother)
@@ -95,7 +95,7 @@ TEST_F(LongPathTest, OnePartThatIsTooLongDoesNotHideAnother)
     EXPECT_EQ(L"", GetFileName(LR"(C:\dir\f:s.)" + Letters(300)));
 }
 
-TEST_F(LongPathTest, IsWholeBehindTheCurrentDirectory)
+TEST_F(LongPathTest, IsWholeAfterTheCurrentDirectory)
 {
     const WorkingDirectory in(tree.Root());
     const std::wstring relative = Letters(300) + LR"(\)" + Letters(300) + L"." + Letters(300);
@@ -141,7 +141,7 @@ TEST_F(LongPathTest, RelativePathIsInvalidInCurrentDirectoryOf260Characters)
     }
 }
 
-TEST_F(LongPathTest, CurrentDirectoryThatDoesNotFitIsPutBackByEveryOperation)
+TEST_F(LongPathTest, CurrentDirectoryThatDoesNotFitIsRestoredByEveryOperation)
 {
     const std::wstring file = tree.File(L"f.txt");
     const std::wstring missing = tree.Path(L"missing");
@@ -179,9 +179,9 @@ TEST_F(LongPathTest, RelativePathIsInvalidWhileCurrentDirectoryCannotBeRead)
 
 namespace {
 
-int __cdecl RefuseToSplit(const wchar_t* /*path*/, wchar_t* /*drive*/, std::size_t /*driveRoom*/,
-                          wchar_t* /*directory*/, std::size_t /*directoryRoom*/, wchar_t* /*name*/,
-                          std::size_t /*nameRoom*/, wchar_t* /*extension*/, std::size_t /*extensionRoom*/)
+int __cdecl FailToSplit(const wchar_t* /*path*/, wchar_t* /*drive*/, std::size_t /*driveRoom*/, wchar_t* /*directory*/,
+                        std::size_t /*directoryRoom*/, wchar_t* /*name*/, std::size_t /*nameRoom*/,
+                        wchar_t* /*extension*/, std::size_t /*extensionRoom*/)
 {
     return EINVAL;
 }
@@ -192,6 +192,6 @@ int __cdecl RefuseToSplit(const wchar_t* /*path*/, wchar_t* /*drive*/, std::size
 TEST_F(LongPathTest, PathThatCannotBeSplitIsRelative)
 {
     const WorkingDirectory in(tree.Root());
-    const ImportPatch split("_wsplitpath_s", &RefuseToSplit);
+    const ImportPatch split("_wsplitpath_s", &FailToSplit);
     EXPECT_EQ(tree.Path(LR"(C:\dir\f*.txt)"), GetPathFileTranslate(LR"(C:\dir\f*.txt)"));
 }

@@ -34,7 +34,7 @@ const PathCase kPathCases[] = {
     {LR"(C:/a\b/c)", L"c", LR"(C:\a\b)", LR"(\a\b\c)", L"C", LR"(C:\a\b\c)", "slashes among backslashes"},
     {LR"(C:\a\..\b)", L"b", LR"(C:\a\..)", LR"(\a\..\b)", L"C", LR"(C:\a\..\b)", "steps up are not followed"},
     {LR"(C:\a\\b)", L"b", LR"(C:\a\)", LR"(\a\\b)", L"C", LR"(C:\a\\b)", "doubled backslashes stay"},
-    {LR"(*:\a\b)", L"b", LR"(*:\a)", LR"(\a\b)", L"*", LR"(*:\a\b)", "a drive is never refused"},
+    {LR"(*:\a\b)", L"b", LR"(*:\a)", LR"(\a\b)", L"*", LR"(*:\a\b)", "a drive is never rejected"},
     {L"C:\\\u0416\u00E9\\\U0001F600.t", L"\U0001F600.t", L"C:\\\u0416\u00E9", L"\\\u0416\u00E9\\\U0001F600.t", L"C",
      L"C:\\\u0416\u00E9\\\U0001F600.t", "characters of every plane"},
     {LR"(\\srv\share)", L"share", LR"(\\srv)", L"", L"", LR"(\\srv\share)", "a share has no drive"},
@@ -59,17 +59,17 @@ TEST_F(PathDecompositionTest, GivesThePartsOfAbsolutePaths)
         EXPECT_EQ(row.volume, GetVolume(row.path)) << why;
         EXPECT_EQ(row.translated, GetPathFileTranslate(row.path)) << why;
     }
-    EXPECT_TRUE(host.Events().empty()) << "none of them is refused";
+    EXPECT_TRUE(host.Events().empty()) << "none of them is rejected";
 }
 
 namespace {
 
-struct RefusedCase {
+struct RejectedCase {
     std::wstring path;
     const char* why;
 };
 
-const RefusedCase kRefusedCases[] = {
+const RejectedCase kRejectedCases[] = {
     {LR"(C:\a\b*.txt)", "a star in the name"},
     {LR"(C:\a?\b)", "a question mark in the directory"},
     {LR"(C:\a\b.t?t)", "a question mark in the extension"},
@@ -88,9 +88,9 @@ const RefusedCase kRefusedCases[] = {
 
 } // namespace
 
-TEST_F(PathDecompositionTest, IsEmptyForARefusedPath)
+TEST_F(PathDecompositionTest, IsEmptyForARejectedPath)
 {
-    for (const auto& [path, why] : kRefusedCases) {
+    for (const auto& [path, why] : kRejectedCases) {
         EXPECT_EQ(L"", GetFileName(path)) << why;
         EXPECT_EQ(L"", GetPathFileName(path)) << why;
         EXPECT_EQ(L"", GetPathFileNameNoVolume(path)) << why;
@@ -100,7 +100,7 @@ TEST_F(PathDecompositionTest, IsEmptyForARefusedPath)
     EXPECT_TRUE(host.Events().empty()) << "there is no last error to report";
 }
 
-TEST_F(PathDecompositionTest, ReportsTheLastErrorOfARefusedPathOnce)
+TEST_F(PathDecompositionTest, ReportsTheLastErrorOfARejectedPathOnce)
 {
     ::SetLastError(ERROR_INVALID_NAME);
     EXPECT_EQ(L"", GetFileName(LR"(C:\a*b)"));
@@ -149,7 +149,7 @@ const TranslateCase kTranslateCases[] = {
     {LR"(C:\a\volume$D\b)", LR"(D:\b)", "in a local path, too"},
     {LR"(C:\a\myvolume$D\b)", LR"(D:\b)", "inside a name, too"},
     {LR"(\\?\C:\volume$D\b)", LR"(D:\b)", "in the long form, too"},
-    {LR"(C:\volume$D\b*)", L"", "refused before it is searched"},
+    {LR"(C:\volume$D\b*)", L"", "rejected before it is searched"},
     {LR"(C:\dir\f.txt)", LR"(C:\dir\f.txt)", "no mark: the path itself"},
     {L"C:/dir/f.txt", LR"(C:\dir\f.txt)", "no mark: the path with its separators converted"},
 };

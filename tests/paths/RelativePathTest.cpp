@@ -24,7 +24,7 @@ wchar_t* __cdecl FakeGetCwd(wchar_t* buffer, int room)
 
 } // namespace
 
-TEST_F(RelativePathTest, IsPutBehindTheCurrentDirectory)
+TEST_F(RelativePathTest, IsAppendedToTheCurrentDirectory)
 {
     const std::wstring here = tree.Directory(L"here");
     const WorkingDirectory in(here);
@@ -102,7 +102,7 @@ TEST_F(RelativePathTest, LosesTheMiddleOfAClimbingPath)
     const WorkingDirectory in(tree.Directory(LR"(1\2\3)"));
     EXPECT_EQ(tree.Path(LR"(1\f.txt)"), Absolute(LR"(..\..\a\f.txt)"));
     EXPECT_EQ(tree.Path(LR"(1\2\f.txt)"), Absolute(LR"(..\a\b\c\f.txt)"));
-    EXPECT_EQ(tree.Path(LR"(1\2\f.txt)"), Absolute(LR"(..\a\..\f.txt)")) << "a step that is not in front";
+    EXPECT_EQ(tree.Path(LR"(1\2\f.txt)"), Absolute(LR"(..\a\..\f.txt)")) << "a step that is not the first";
     EXPECT_EQ(tree.Path(LR"(1\2\)"), Absolute(LR"(..\a\)"));
 }
 
@@ -112,7 +112,7 @@ TEST_F(RelativePathTest, ClimbsNoFurtherThanTheRoot)
     EXPECT_EQ(LR"(C:\\f.txt)", Absolute(LR"(..\..\..\..\..\..\..\..\f.txt)"));
 }
 
-TEST_F(RelativePathTest, PutsTheCurrentDirectoryBackAfterARefusedClimb)
+TEST_F(RelativePathTest, RestoresTheCurrentDirectoryAfterARejectedClimb)
 {
     const WorkingDirectory in(tree.Directory(LR"(1\2)"));
     ::SetLastError(ERROR_INVALID_NAME);
@@ -169,7 +169,7 @@ TEST_F(RelativePathTest, HasNoDriveOnAShare)
     EXPECT_EQ(deeper + LR"(\f.txt)", Absolute(L"f.txt"));
     EXPECT_EQ(L"", GetVolume(L"f.txt"));
     EXPECT_EQ(share.Path(L"f.txt"), Absolute(LR"(..\f.txt)"));
-    EXPECT_EQ(LR"(\dir\f.txt)", Absolute(LR"(\dir\f.txt)")) << "no drive to put in front";
+    EXPECT_EQ(LR"(\dir\f.txt)", Absolute(LR"(\dir\f.txt)")) << "no drive to prepend";
 }
 
 namespace {
@@ -182,7 +182,7 @@ int __cdecl RecordChdir(const wchar_t* directory)
     return ::_wchdir(directory);
 }
 
-int __cdecl RefuseChdir(const wchar_t* directory)
+int __cdecl FailChdir(const wchar_t* directory)
 {
     g_changes.emplace_back(directory);
     return -1;
@@ -210,6 +210,6 @@ TEST_F(RelativePathTest, StaysWhereItIsWhenItCannotClimb)
 {
     const std::wstring here = tree.Directory(LR"(1\2)");
     const WorkingDirectory in(here);
-    const ImportPatch chdir("_wchdir", &RefuseChdir);
+    const ImportPatch chdir("_wchdir", &FailChdir);
     EXPECT_EQ(here + LR"(\f.txt)", Absolute(LR"(..\..\f.txt)"));
 }

@@ -77,7 +77,7 @@ TEST(FindMatchStringInList, FindsElementsInsideTheText)
         const char* why;
     };
     const Case cases[] = {
-        {LR"(C:\Windows\Temp\a.txt)", {L"WINDOWS"}, true, "a directory's name in capitals"},
+        {LR"(C:\Windows\Temp\a.txt)", {L"WINDOWS"}, true, "a directory's name in upper case"},
         {LR"(C:\WINDOWS\a.txt)", {L"windows"}, true, "in small letters"},
         {L"abc", {L"abc"}, true, "the whole text"},
         {L"abc", {L"a"}, true, "its beginning"},
@@ -91,7 +91,7 @@ TEST(FindMatchStringInList, FindsElementsInsideTheText)
         {L"", {}, false, "an empty list and an empty text"},
         {L"abc", {L""}, true, "an empty element"},
         {L"", {L""}, true, "an empty element and an empty text"},
-        {L"abc", {L"x", L""}, true, "an empty element behind another"},
+        {L"abc", {L"x", L""}, true, "an empty element after another"},
         {L"abc", {L"a*"}, false, "a star is a star"},
         {L"abc", {L"a?c"}, false, "a question mark is a question mark"},
         {L"a*?c", {L"*?"}, true, "both as they are"},

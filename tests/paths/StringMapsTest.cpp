@@ -81,7 +81,7 @@ TEST_F(PrintStringMapTest, LogsTheTitleBetweenRulesAndThenTheEntriesInKeyOrder)
     PrintStringMap("Drives", {{L"b", L"1"}, {L"a", L"2"}, {L"C", L"3"}});
     EXPECT_EQ((Events{Rule(), Title(L"Drives"), Rule(), Entry(L"C", L"3"), Entry(L"a", L"2"), Entry(L"b", L"1")}),
               host.Events())
-        << "capitals come first: keys are compared code unit by code unit";
+        << "upper case comes first: keys are compared code unit by code unit";
 }
 
 TEST_F(PrintStringMapTest, LogsThreeHeadingLinesForAnEmptyMap)

@@ -53,7 +53,7 @@ const PathCase kPathCases[] = {
     {LR"(\\srv\share)", LR"(\\SRV\SHARE\dir)", kSecondBelowFirst, "on a share"},
     {LR"(C:\DATA)", LR"(C:\DATABASE)", kApart, "the same beginning, but another name"},
     {LR"(C:\A)", LR"(C:\B)", kApart, "siblings"},
-    {LR"(A\B)", LR"(C:\A\B\C)", kApart, "the first occurs in the second, but not in front"},
+    {LR"(A\B)", LR"(C:\A\B\C)", kApart, "the first occurs in the second, but not at its start"},
     {LR"(B)", LR"(A\B)", kApart, "the first ends the second"},
     {LR"(C:\DATA)", LR"(D:\DATA)", kApart, "other drives"},
     {LR"(C:\DATA\\)", LR"(C:\DATA\SUB)", kApart, "a doubled backslash is a directory of its own"},
@@ -125,7 +125,7 @@ TEST(IsFileDescMatch, FindsARecursiveDirectoryInEitherOrder)
     EXPECT_TRUE(Match({LR"(C:\A)", L"*", true}, {LR"(C:\A\B)", L"*", true}));
 }
 
-TEST(IsFileDescMatch, EndsATextAtATerminatorInside)
+TEST(IsFileDescMatch, EndsAStringAtAnEmbeddedNul)
 {
     EXPECT_TRUE(Match({std::wstring(L"C:\\A\0x", 6), L"*", false}, {LR"(C:\A)", L"*", false}));
     EXPECT_TRUE(Match({LR"(C:\A)", std::wstring(L"b\0x", 3), false}, {LR"(C:\A)", L"B", false}));

@@ -62,7 +62,7 @@ TEST_F(RestorePathFaultTest, EveryBlockThatCannotBeAllocatedIsOutOfMemoryAndNoth
     for (auto* const function : {&MapRestorePath, &MapRestorePath1}) {
         for (const auto shortage : {HeapMeter::Shortage::kOneAllocation, HeapMeter::Shortage::kFromThenOn}) {
             for (int failing = 1;; ++failing) {
-                // Copies of exact size have no room for the longer result.
+                // Copies of exact size have no capacity for the longer result.
                 std::wstring path(kPath);
                 const int before = HeapMeter::Outstanding();
                 HRESULT result = E_FAIL;

@@ -259,7 +259,7 @@ TEST_F(RestorePathMappingTest, LogsNothingWithoutAMatchAndNothingInTheSecondForm
     EXPECT_TRUE(host.Events().empty());
 }
 
-TEST_F(RestorePathMappingTest, EndsTextsAtATerminatorInside)
+TEST_F(RestorePathMappingTest, EndsStringsAtAnEmbeddedNul)
 {
     const std::wstring path(L"C:\\Data\\x\0y", 11);
     EXPECT_EQ(LR"(D:\New\x)", Mapped0(path, {{LR"(C:\Data)", LR"(D:\New)", L"*", kRecursive}}));

@@ -131,7 +131,7 @@ protected:
         LibraryTest::TearDown();
     }
 
-    StringList WrittenPaths() const
+    [[nodiscard]] StringList WrittenPaths() const
     {
         StringList paths;
         for (const SecurityWrite& write : calls.Writes()) {

@@ -137,7 +137,7 @@ TEST_F(ChangeObjectOwnerTest, TakesOtherNamesAsTheyStandButForTheMachinePrefix)
     }
 }
 
-TEST_F(ChangeObjectOwnerTest, GivesToTheAccountBehindTheMachinePrefix)
+TEST_F(ChangeObjectOwnerTest, GivesToTheAccountAfterTheMachinePrefix)
 {
     const std::wstring file = tree.File(L"f.txt");
     EXPECT_TRUE(ChangeObjectOwner(file, LR"(.\SYSTEM)"));
@@ -159,7 +159,7 @@ TEST_F(ChangeObjectOwnerTest, IsFalseForAMissingPathAtItsFirstRead)
 {
     const std::wstring missing = tree.Path(L"missing");
     EXPECT_FALSE(ChangeObjectOwner(missing, kAccount));
-    // Reading an access list need not set the last error, so an older one may be told: hosts know that.
+    // Reading an DACL need not set the last error, so an older one may be told: kept for compatibility.
     EXPECT_EQ((UpToList(missing, kAccount) + Events{Detail("Error getting DACL for %S - error %u.\n",
                                                            L"Error getting DACL for " + missing + L" - error " +
                                                                std::to_wstring(calls.ErrorAfterRead()) + L".\n"),

@@ -113,7 +113,7 @@ TEST_F(FileOperationsStress, ManyCallsLeaveNoMemoryBehind)
 }
 
 // What would make or overwrite files is replaced, for the texts may name anything. No result is known beforehand but
-// for the copies: the promise is to come back, with the current directory and all handles put back.
+// for the copies: the promise is to come back, with the current directory and all handles closed.
 TEST_F(FileOperationsStress, SurvivesAnyText)
 {
     std::mt19937 random(kSeed);

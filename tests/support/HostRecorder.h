@@ -28,11 +28,11 @@ public:
     HostRecorder(const HostRecorder&) = delete;
     HostRecorder& operator=(const HostRecorder&) = delete;
 
-    const std::vector<HostEvent>& Events() const { return m_events; } // since registration or Clear
-    std::vector<std::wstring> Lines() const;                          // the formatted log lines alone
-    std::vector<std::wstring> LinesAt(int level) const;
-    std::vector<int> KeepAlives() const; // the seconds of each
-    int AuxCalls() const { return m_auxCalls; }
+    [[nodiscard]] const std::vector<HostEvent>& Events() const { return m_events; } // since registration or Clear
+    [[nodiscard]] std::vector<std::wstring> Lines() const;                          // the formatted log lines alone
+    [[nodiscard]] std::vector<std::wstring> LinesAt(int level) const;
+    [[nodiscard]] std::vector<int> KeepAlives() const; // the seconds of each
+    [[nodiscard]] int AuxCalls() const { return m_auxCalls; }
     void Clear() { m_events.clear(); }
 
     // For the callbacks.

@@ -26,7 +26,7 @@ protected:
 
     void TearDown() override
     {
-        EXPECT_EQ(m_directoryBefore, CurrentDirectory()) << "the current directory was not put back";
+        EXPECT_EQ(m_directoryBefore, CurrentDirectory()) << "the current directory was not restored";
         EXPECT_EQ(m_handlesBefore, OpenHandleCount()) << "a handle was left open";
     }
 

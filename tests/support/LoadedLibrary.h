@@ -32,8 +32,10 @@ public:
     LoadedLibrary(const LoadedLibrary&) = delete;
     LoadedLibrary& operator=(const LoadedLibrary&) = delete;
 
-    HMODULE Module() const { return m_module; }
+    [[nodiscard]] HMODULE Module() const { return m_module; }
 
+    // Called for their effect, too.
+    // NOLINTBEGIN(modernize-use-nodiscard)
     void SetVssFileManagerLogger(VssFileManagerLogFn logger, VssFileManagerKeepAliveFn keepAlive,
                                  VssFileManagerLogFn auxLogger) const
     {
@@ -60,6 +62,7 @@ public:
             "S5_RSt6vectorI21VSS_ALTERNATE_MAPPINGSaIS7_EE",
             path, spec, mappings);
     }
+    // NOLINTEND(modernize-use-nodiscard)
 
 private:
     static constexpr const wchar_t* kName = L"Kestrovane.dll";

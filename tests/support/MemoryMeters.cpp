@@ -20,7 +20,7 @@ public:
         m_failed = false;
     }
     void Stop() { m_left = 0; }
-    bool HasFailed() const { return m_failed; }
+    [[nodiscard]] bool HasFailed() const { return m_failed; }
 
     // Whether the allocation that is being made is to fail.
     bool IsDue()

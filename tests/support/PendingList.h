@@ -20,9 +20,9 @@ public:
     PendingList(const PendingList&) = delete;
     PendingList& operator=(const PendingList&) = delete;
 
-    std::vector<PendingEntry> Entries() const { return ReadPendingList(); }
-    bool DeletesAtRestart(const std::wstring& path) const;
-    bool ReplacesAtRestart(const std::wstring& source, const std::wstring& target) const;
+    [[nodiscard]] std::vector<PendingEntry> Entries() const { return ReadPendingList(); }
+    [[nodiscard]] bool DeletesAtRestart(const std::wstring& path) const;
+    [[nodiscard]] bool ReplacesAtRestart(const std::wstring& source, const std::wstring& target) const;
 
     void Write(const std::vector<PendingEntry>& entries) const;
 };

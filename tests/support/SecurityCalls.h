@@ -1,6 +1,6 @@
 // The calls of an owner change, written into the transcript of its host.
 //
-// This machine answers that owner and access list were written, and keeps the old ones: only the calls can tell. They
+// This machine answers that owner and DACL were written, and keeps the old ones: only the calls can tell. They
 // go on to the system, unless a test lets one fail, which is a simulation. The clock is a simulation always.
 
 #pragma once
@@ -18,7 +18,7 @@
 #include <string>
 #include <vector>
 
-// One write of an object's owner and access list.
+// One write of an object's owner and DACL.
 struct SecurityWrite {
     std::wstring path;
     int type;
@@ -31,7 +31,7 @@ struct SecurityWrite {
     bool operator==(const SecurityWrite&) const = default;
 };
 
-// One entry that was to be added to an access list.
+// One entry that was to be added to an DACL.
 struct AddedEntry {
     unsigned count;
     unsigned rights;
@@ -71,11 +71,11 @@ public:
     // stamp says; the last value stays.
     void SetClock(std::vector<std::int32_t> readings) { m_readings = std::move(readings); }
 
-    const std::vector<SecurityWrite>& Writes() const { return m_writes; }
-    const std::vector<AddedEntry>& Entries() const { return m_entries; }
-    const wchar_t* PathPointer() const { return m_pathPointer; } // of the latest access list read
-    DWORD ErrorAfterRead() const { return m_errorAfterRead; }    // the thread's last error then
-    bool HoldsNothing() const { return m_made == nullptr && m_sid == nullptr && m_domain == nullptr; }
+    [[nodiscard]] const std::vector<SecurityWrite>& Writes() const { return m_writes; }
+    [[nodiscard]] const std::vector<AddedEntry>& Entries() const { return m_entries; }
+    [[nodiscard]] const wchar_t* PathPointer() const { return m_pathPointer; } // of the latest DACL read
+    [[nodiscard]] DWORD ErrorAfterRead() const { return m_errorAfterRead; }    // the thread's last error then
+    [[nodiscard]] bool HoldsNothing() const { return m_made == nullptr && m_sid == nullptr && m_domain == nullptr; }
 
 private:
     friend struct ReplacedSecurityFunctions;
@@ -104,7 +104,7 @@ private:
     std::vector<AddedEntry> m_entries;
     const wchar_t* m_pathPointer = nullptr;
     DWORD m_errorAfterRead = 0;
-    const void* m_read = nullptr; // the latest access list read
+    const void* m_read = nullptr; // the latest DACL read
     const void* m_made = nullptr; // these three are the library's to free
     const void* m_sid = nullptr;
     const void* m_domain = nullptr;

@@ -59,8 +59,8 @@ public:
     // Called with the pattern before a search is opened.
     void OnOpen(std::function<void(const std::wstring&)> action) { m_onOpen = std::move(action); }
 
-    const std::vector<std::wstring>& Patterns() const { return m_patterns; } // of all searches tried
-    std::size_t OpenSearches() const
+    [[nodiscard]] const std::vector<std::wstring>& Patterns() const { return m_patterns; } // of all searches tried
+    [[nodiscard]] std::size_t OpenSearches() const
     {
         return static_cast<std::size_t>(std::count_if(m_searches.begin(), m_searches.end(),
                                                       [](const Search& search) { return search.entries != nullptr; }));

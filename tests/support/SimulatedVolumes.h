@@ -36,9 +36,9 @@ public:
     void Throw(const std::wstring& function, int call);
 
     // What was asked, in order: L"GetVolumePathNameW(C:\\dir\\, 260)", capacities included.
-    const StringList& Calls() const { return m_calls; }
+    [[nodiscard]] const StringList& Calls() const { return m_calls; }
 
-    bool IsSearchOpen() const { return m_searchOpen; }
+    [[nodiscard]] bool IsSearchOpen() const { return m_searchOpen; }
 
     // For the replaced functions.
     BOOL VolumePath(const wchar_t* path, wchar_t* buffer, DWORD capacity);

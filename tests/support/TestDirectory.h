@@ -6,7 +6,7 @@
 
 #include <string>
 
-// Made and marked at the start, deleted with everything in it at the end. Links in it are removed, never followed, and
+// Created and marked at the start, deleted with everything in it at the end. Links in it are removed, never followed, and
 // nothing without the mark is deleted.
 class TestDirectory {
 public:
@@ -16,11 +16,13 @@ public:
     TestDirectory(const TestDirectory&) = delete;
     TestDirectory& operator=(const TestDirectory&) = delete;
 
-    const std::wstring& Root() const { return m_root; }    // no trailing backslash
-    std::wstring Path(const std::wstring& relative) const; // below the root
-    std::wstring File(const std::wstring& relative,
-                      const std::string& bytes = "x") const;    // makes it and its parents
-    std::wstring Directory(const std::wstring& relative) const; // makes it and its parents
+    [[nodiscard]] const std::wstring& Root() const { return m_root; }    // no trailing backslash
+    [[nodiscard]] std::wstring Path(const std::wstring& relative) const; // below the root
+    // These two create what they return, with its parents; often the path is not needed.
+    // NOLINTBEGIN(modernize-use-nodiscard)
+    std::wstring File(const std::wstring& relative, const std::string& bytes = "x") const;
+    std::wstring Directory(const std::wstring& relative) const;
+    // NOLINTEND(modernize-use-nodiscard)
     void Files(const StringList& relatives) const;
 
 private:

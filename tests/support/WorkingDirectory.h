@@ -8,7 +8,7 @@
 
 #include <string>
 
-// At the end of the scope the process must still be in the directory: the library puts back what it changes.
+// At the end of the scope the process must still be in the directory: the library restores what it changes.
 class WorkingDirectory {
 public:
     explicit WorkingDirectory(const std::wstring& directory) : m_before(CurrentDirectory())
@@ -20,7 +20,7 @@ public:
     ~WorkingDirectory()
     {
         const DWORD lastError = ::GetLastError();
-        EXPECT_EQ(m_entered, CurrentDirectory()) << "the current directory was not put back";
+        EXPECT_EQ(m_entered, CurrentDirectory()) << "the current directory was not restored";
         ::SetCurrentDirectoryW(m_before.c_str());
         ::SetLastError(lastError);
     }

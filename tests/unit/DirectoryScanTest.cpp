@@ -56,7 +56,7 @@ TEST_F(DirectoryScanTest, MergesIntoTheCallersList)
     StringList files = {L"a", L"c", L"g"};
     EXPECT_TRUE(manager.ScanDirectory(L"*.*", tree.Root(), files, false));
     EXPECT_EQ((StringList{L"a", L"b", L"c", L"f", L"g", L"h"}), files);
-    EXPECT_EQ((StringList{L"h"}), g_logged) << "the others went in front of an element that was there";
+    EXPECT_EQ((StringList{L"h"}), g_logged) << "the others went before an element that was there";
 }
 
 TEST_F(DirectoryScanTest, LogsAFileThatEqualsTheLastElement)
@@ -94,7 +94,7 @@ TEST_F(DirectoryScanTest, WithoutAMatchIsASuccess)
     EXPECT_EQ((StringList{L"kept"}), files);
 }
 
-TEST_F(DirectoryScanTest, OfAMissingOrRefusedDirectoryFails)
+TEST_F(DirectoryScanTest, OfAMissingOrRejectedDirectoryFails)
 {
     StringList files = {L"kept"};
     EXPECT_FALSE(manager.ScanDirectory(L"*.*", tree.Path(L"missing"), files, false));
@@ -134,7 +134,7 @@ TEST_F(DirectoryWalkTest, OfATreeWithoutDirectoriesFindsNone)
     EXPECT_EQ(StringList(), directories);
 }
 
-TEST_F(DirectoryWalkTest, OfAMissingOrRefusedDirectoryFails)
+TEST_F(DirectoryWalkTest, OfAMissingOrRejectedDirectoryFails)
 {
     StringList directories;
     EXPECT_FALSE(manager.WalkDirectories(tree.Path(L"missing"), directories));

@@ -54,7 +54,7 @@ const ManagerLayout& LayoutOf(const CVssFileManager& manager)
     return reinterpret_cast<const ManagerLayout&>(manager);
 }
 
-// Where a virtual function stands in the table: the ABI keeps the offset, plus 1, in a pointer to it.
+// Where a virtual function is in the table: the ABI keeps the offset, plus 1, in a pointer to it.
 template <typename Function>
 std::size_t SlotOf(Function function)
 {
@@ -138,7 +138,7 @@ TEST_F(FileManagerErrors, SetErrnoErrorPutsOneBlankBeforeTheSubject)
         {-1, L"x", L"errno: -1 x", "negative"},
         {INT32_MIN, L"%s%d", L"errno: -2147483648 %s%d", "the subject is no format"},
         {22, std::wstring(40000, L'n'), L"errno: 22 " + std::wstring(40000, L'n'), "longer than any buffer"},
-        {22, std::wstring(L"a\0b", 3), std::wstring(L"errno: 22 a\0b", 13), "with a terminator inside"},
+        {22, std::wstring(L"a\0b", 3), std::wstring(L"errno: 22 a\0b", 13), "with an embedded NUL"},
     };
     for (const auto& [code, subject, text, why] : cases) {
         manager.SetErrnoError(code, subject);
@@ -204,7 +204,7 @@ TEST_F(FileManagerErrors, TheNextOperationClearsTheTextAndNotTheCode)
     EXPECT_EQ(17, LayoutOf(manager).lastError);
 }
 
-TEST_F(FileManagerErrors, ARefusedPathIsReportedByItsValidation)
+TEST_F(FileManagerErrors, ARejectedPathIsReportedByItsValidation)
 {
     std::wstring path = LR"(C:\a*b)";
     ::SetLastError(ERROR_SHARING_VIOLATION);

@@ -73,21 +73,21 @@ TEST_F(FileOperationErrorTextTest, AnswerOfNoIsNoFailure)
     }
 }
 
-TEST_F(FileOperationErrorTextTest, RefusedPathIsReportedWhenThereIsAnErrorToReport)
+TEST_F(FileOperationErrorTextTest, RejectedPathIsReportedWhenThereIsAnErrorToReport)
 {
-    const std::wstring refused = tree.Path(L"a*b");
+    const std::wstring rejected = tree.Path(L"a*b");
     const std::wstring file = tree.File(L"file");
     const Operation operations[] = {
-        [&](auto& m) { EXPECT_FALSE(m.isDirectoryExists(refused)); },
-        [&](auto& m) { EXPECT_FALSE(m.RecursivelyCreateDirectory(refused)); },
-        [&](auto& m) { EXPECT_FALSE(m.isFileExists(refused)); },
-        [&](auto& m) { EXPECT_FALSE(m.ScanDirectory(L"*.*", refused, list, true)); },
-        [&](auto& m) { EXPECT_FALSE(m.WalkDirectories(refused, list)); },
-        [&](auto& m) { EXPECT_EQ(StringList(), m.ListDirectories(refused)); },
-        [&](auto& m) { EXPECT_FALSE(m.CopyToDirectory(refused, tree.Path(L"a"))); },
-        [&](auto& m) { EXPECT_FALSE(m.CopyToDirectory(file, refused)); },
-        [&](auto& m) { EXPECT_FALSE(m.CopyToDirectoryAs(refused, tree.Path(L"a"), L"name")); },
-        [&](auto& m) { EXPECT_FALSE(m.CopyToDirectoryAs(file, refused, L"name")); },
+        [&](auto& m) { EXPECT_FALSE(m.isDirectoryExists(rejected)); },
+        [&](auto& m) { EXPECT_FALSE(m.RecursivelyCreateDirectory(rejected)); },
+        [&](auto& m) { EXPECT_FALSE(m.isFileExists(rejected)); },
+        [&](auto& m) { EXPECT_FALSE(m.ScanDirectory(L"*.*", rejected, list, true)); },
+        [&](auto& m) { EXPECT_FALSE(m.WalkDirectories(rejected, list)); },
+        [&](auto& m) { EXPECT_EQ(StringList(), m.ListDirectories(rejected)); },
+        [&](auto& m) { EXPECT_FALSE(m.CopyToDirectory(rejected, tree.Path(L"a"))); },
+        [&](auto& m) { EXPECT_FALSE(m.CopyToDirectory(file, rejected)); },
+        [&](auto& m) { EXPECT_FALSE(m.CopyToDirectoryAs(rejected, tree.Path(L"a"), L"name")); },
+        [&](auto& m) { EXPECT_FALSE(m.CopyToDirectoryAs(file, rejected, L"name")); },
     };
     for (std::size_t i = 0; i < std::size(operations); ++i) {
         EXPECT_EQ(L"", TextAfter(operations[i])) << i;

@@ -10,7 +10,7 @@
 
 using quorvantavss::CHardDiskManager;
 
-TEST(HardDiskManager, HoldsThreeNumbersBehindAVirtualDestructor)
+TEST(HardDiskManager, HoldsThreeNumbersAfterAVirtualDestructor)
 {
     EXPECT_TRUE(std::has_virtual_destructor_v<CHardDiskManager>);
     EXPECT_EQ(sizeof(void*) + 3 * sizeof(std::uint64_t), sizeof(CHardDiskManager));

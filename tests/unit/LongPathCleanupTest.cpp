@@ -38,7 +38,7 @@ private:
     _invalid_parameter_handler m_before;
 };
 
-TEST_F(LongPathCleanupTest, RemovesTheDirectoriesBelowAndReportsOnceBehindTheFirst)
+TEST_F(LongPathCleanupTest, RemovesTheDirectoriesBelowAndReportsOnceAfterTheFirst)
 {
     tree.Files({L"f", LR"(a\f)", LR"(a\b\f)", LR"(c\f)"});
     EXPECT_TRUE(manager.CleanUpLongPath(tree.Root()));

@@ -43,9 +43,9 @@ TEST_F(PathValidation, ValidatePathChangesThePathInPlace)
         {LR"(\\?\C:\a*)", true, LR"(\\?\C:\a*)", "the long form"},
         {L"//srv/a*", true, LR"(\\srv\a*)", "a share with slashes"},
         {LR"(\\)", true, LR"(C:\\)", "two backslashes are a rooted path"},
-        {LR"(C:\a*)", false, LR"(C:\a*)", "refused"},
-        {L"a*", false, here + LR"(\a*)", "refused after it was made absolute"},
-        {LR"(..\a?)", false, tree.Path(L"a?"), "refused after it has climbed"},
+        {LR"(C:\a*)", false, LR"(C:\a*)", "rejected"},
+        {L"a*", false, here + LR"(\a*)", "rejected after it was made absolute"},
+        {LR"(..\a?)", false, tree.Path(L"a?"), "rejected after it has climbed"},
     };
     for (const auto& [path, valid, after, why] : cases) {
         std::wstring given = path;
@@ -74,8 +74,8 @@ TEST_F(PathValidation, NormalizeDirectoryPathAddsTheBackslashFirst)
         {std::wstring(L"C:\\x\0\\y", 7), true, std::wstring(L"C:\\x\0\\y\\", 8), "not cut at a NUL"},
         {std::wstring(L"C:\\x\0*", 6), true, std::wstring(L"C:\\x\0*\\", 7), "validated up to the NUL"},
         {std::wstring(L"\0x", 2), true, here + L"\\" + std::wstring(L"\0x\\", 3), "nothing before the NUL: relative"},
-        {LR"(C:\a*)", false, LR"(C:\a*\)", "refused"},
-        {LR"(C:\a:b)", false, LR"(C:\a:b\)", "refused"},
+        {LR"(C:\a*)", false, LR"(C:\a*\)", "rejected"},
+        {LR"(C:\a:b)", false, LR"(C:\a:b\)", "rejected"},
     };
     for (const auto& [path, valid, after, why] : cases) {
         std::wstring given = path;
@@ -84,14 +84,14 @@ TEST_F(PathValidation, NormalizeDirectoryPathAddsTheBackslashFirst)
     }
 }
 
-TEST_F(PathValidation, ARefusalReportsTheLastErrorAndAnAcceptedPathNothing)
+TEST_F(PathValidation, ARejectedPathReportsTheLastErrorAndAnAcceptedPathNothing)
 {
-    std::wstring refused = LR"(C:\a*)";
+    std::wstring rejected = LR"(C:\a*)";
     std::wstring accepted = LR"(C:\a)";
     manager.SetHostFunctions(&SilentLog, nullptr, nullptr);
     ::SetLastError(ERROR_INVALID_NAME);
     EXPECT_TRUE(manager.ValidatePath(accepted));
     EXPECT_EQ(L"", manager.GetErrorText());
-    EXPECT_FALSE(manager.ValidatePath(refused));
+    EXPECT_FALSE(manager.ValidatePath(rejected));
     EXPECT_EQ(L"CVssFileManager call failed", manager.GetErrorText());
 }

@@ -42,7 +42,7 @@ TEST_F(IsVolumeTest, IsFalseOfAShareAndOfAnUnknownDriveAndPrintsEachPathAsItWasA
               output.Text());
 }
 
-TEST_F(IsVolumeTest, IsFalseOfTheEmptyPathInSilence)
+TEST_F(IsVolumeTest, IsFalseForTheEmptyPathAndPrintsNothing)
 {
     CapturedOutput output;
     EXPECT_FALSE(IsVolume(L""));

@@ -48,7 +48,7 @@ TEST_F(BuildSnapshotFilePathTest, TakesANullPathForAnEmptyOne)
     EXPECT_EQ(L"none", Build(nullptr, snapshots));
 }
 
-TEST_F(BuildSnapshotFilePathTest, HasRoomForLongPaths)
+TEST_F(BuildSnapshotFilePathTest, TakesLongPaths)
 {
     const std::wstring relative = LR"(\)" + std::wstring(5000, L'x');
     EXPECT_EQ(kDevice + relative, Build((L"C:" + relative).c_str(), snapshots));
@@ -71,14 +71,14 @@ TEST_F(BuildSnapshotFilePathSimulation, TakesTheMountedVolumesEntryForAPathBelow
 
 TEST_F(BuildSnapshotFilePathSimulation, GivesTheDeviceAloneForADriveWithoutABackslash)
 {
-    EXPECT_EQ(kDevice, Build(L"C:", snapshots)) << "the look-up has room for three characters and needs four";
+    EXPECT_EQ(kDevice, Build(L"C:", snapshots)) << "the look-up has a capacity of three characters and needs four";
     EXPECT_EQ(L"data-device", Build(L"E:", snapshots));
     EXPECT_EQ(2U, snapshots.size());
 }
 
 TEST_F(BuildSnapshotFilePathSimulation, GivesTheDeviceAloneWhenAVolumePathLacksItsBackslash)
 {
-    // A look-up that is content with room for the text alone.
+    // A look-up that is content with the capacity for the characters alone.
     const ImportPatch frugal(
         "GetVolumePathNameW", +[](const wchar_t* path, wchar_t* buffer, DWORD capacity) -> BOOL {
             std::wmemcpy(buffer, path, capacity);
@@ -102,7 +102,7 @@ TEST_F(BuildSnapshotFilePathSimulation, TakesAShareForItsVolumeOnlyWithItsBacksl
     EXPECT_EQ(1U, snapshots.count(L""));
 }
 
-TEST_F(BuildSnapshotFilePathSimulation, AsksWithABackslashAndRoomForOneCharacterMoreThanThePath)
+TEST_F(BuildSnapshotFilePathSimulation, AsksWithABackslashAndACapacityOfOneCharacterMoreThanThePath)
 {
     Build(LR"(E:\dir)", snapshots);
     Build(LR"(E:\dir\)", snapshots);
@@ -190,7 +190,7 @@ TEST_F(BuildSnapshotFilePathSimulation, TakesTheWholePathForAShareWhoseVolumePat
 
 TEST_F(BuildSnapshotFilePathSimulation, HasNothingBelowAVolumePathThatIsLongerThanThePath)
 {
-    // Windows never answers so: the room for the volume path is that of the path.
+    // Windows never answers so: the capacity for the volume path is that of the path.
     const ImportPatch longer(
         "GetVolumePathNameW", +[](const wchar_t*, wchar_t* buffer, DWORD capacity) -> BOOL {
             std::wmemset(buffer, L'v', capacity);

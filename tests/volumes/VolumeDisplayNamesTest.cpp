@@ -56,7 +56,7 @@ TEST_F(GetDisplayNameForVolumeNoThrowSimulation, IsEmptyAndTrueForAVolumeWithout
     EXPECT_EQ(L"", name);
 }
 
-TEST_F(GetDisplayNameForVolumeNoThrowSimulation, AsksAgainWithTheRoomThatALongListNeeds)
+TEST_F(GetDisplayNameForVolumeNoThrowSimulation, AsksAgainWithTheCapacityThatALongListNeeds)
 {
     const std::wstring first = LR"(C:\)" + std::wstring(200, L'a') + LR"(\)";
     const std::wstring second = LR"(C:\)" + std::wstring(200, L'b') + LR"(\)";

@@ -195,7 +195,7 @@ TEST_F(EnumVolumesSimulation, LetsNoExceptionOut)
     }
 }
 
-TEST_F(EnumVolumesSimulation, AsksAgainWithTheRoomThatALongListNeeds)
+TEST_F(EnumVolumesSimulation, AsksAgainWithTheCapacityThatALongListNeeds)
 {
     const std::wstring longPath = LR"(C:\)" + std::wstring(250, L'a') + LR"(\)";
     const SimulatedVolumes machine({{kFirst, {longPath, LR"(E:\)", LR"(F:\)"}}});

@@ -40,7 +40,7 @@ TEST_F(GetUniqueVolumeNameForPathTest, IsEmptyForAPathWithoutAVolume)
     EXPECT_EQ(DWORD{ERROR_FILE_NOT_FOUND}, ::GetLastError());
 }
 
-TEST_F(GetUniqueVolumeNameForPathSimulation, ChainsThreeLookUpsWithRoomFor260Characters)
+TEST_F(GetUniqueVolumeNameForPathSimulation, ChainsThreeLookUpsWithACapacityOf260Characters)
 {
     EXPECT_EQ(kDataUniqueName, GetUniqueVolumeNameForPath(LR"(E:\dir)"));
     EXPECT_EQ((StringList{LR"(GetVolumePathNameW(E:\dir\, 260))", LR"(GetVolumeNameForVolumeMountPointW(E:\, 260))",
@@ -84,7 +84,7 @@ TEST_F(GetUniqueVolumeNameForPathSimulation, IsEmptyAndAsksNoFurtherWhenThereIsN
     EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, ::GetLastError());
 }
 
-TEST_F(GetUniqueVolumeNameForPathSimulation, HasRoomForVolumePathsOf259Characters)
+TEST_F(GetUniqueVolumeNameForPathSimulation, HasCapacityForVolumePathsOf259Characters)
 {
     const std::wstring longest = LR"(\\s\)" + std::wstring(254, L'x') + LR"(\)";
     ASSERT_EQ(259U, longest.size());

@@ -66,7 +66,8 @@ const std::vector<ExportedFunction> kRestoreFunctions = {
            std::wstring spec = L"a";
            Mappings mappings = {{L"C:", string, L"*", true}};
            EXPECT_TRUE(MapRestorePath(path, spec, mappings));
-           EXPECT_EQ(string.c_str() + std::wstring(LR"(\x)"), path) << "up to an embedded NUL";
+           const std::wstring untilNul(string, 0, string.find(L'\0'));
+           EXPECT_EQ(untilNul + LR"(\x)", path) << "up to an embedded NUL";
        }},
       {"spec", Effect::kReads,
        [](const CallGround&, const std::wstring& string) {
