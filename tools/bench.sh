@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
-# Runs the benchmark: bench.sh PROGRAM [OPTION...]. Creates the directories that it measures, because that takes much
+# Runs the benchmark: bench.sh CALLERS_DIRECTORY PROGRAM [OPTION...]. Creates the directories that it measures, because that takes much
 # longer from within Wine.
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-program=$1
-shift
+caller=$1
+program=$2
+shift 2
 place=${KESTROVANE_PREFIX:-$root/build/wine}/drive_c/kestrovane-bench
 
 # files DIRECTORY COUNT: creates empty files.
@@ -41,6 +42,20 @@ agent_source() {
     done
 }
 
+# The program sees the Wine prefix alone: the chart is written there first.
+options=()
+chart=
+while [[ $# -gt 0 ]]; do
+    if [[ $1 == --svg && $# -gt 1 ]]; then
+        chart=$2
+        options+=(--svg 'C:\kestrovane-bench\chart.svg')
+        shift 2
+    else
+        options+=("$1")
+        shift
+    fi
+done
+
 rm -rf "$place"
 trap 'rm -rf "$place"' EXIT
 for count in 1000 10000 100000; do
@@ -55,4 +70,7 @@ for size in 8K 1M 256M; do
 done
 trees_to_delete
 agent_source
-"$root/tools/wine.sh" "$program" "$@"
+"$root/tools/wine.sh" "$program" ${options[@]+"${options[@]}"}
+if [[ -n $chart ]]; then
+    (cd "$caller" && cp "$place/chart.svg" "$chart")
+fi
