@@ -44,10 +44,9 @@ protected:
     }
 
     // Sets TMP to an existing directory of so many characters, without a trailing backslash.
-    std::wstring SetTemporaryDirectoryOf(std::size_t length) const
+    [[nodiscard]] std::wstring SetTemporaryDirectoryOf(std::size_t length) const
     {
-        const std::wstring directory =
-            temporary.Root() + L"\\" + std::wstring(length - temporary.Root().size() - 1, L't');
+        std::wstring directory = temporary.Root() + L"\\" + std::wstring(length - temporary.Root().size() - 1, L't');
         EXPECT_TRUE(::CreateDirectoryW((LR"(\\?\)" + directory).c_str(), nullptr)) << ::GetLastError();
         EXPECT_TRUE(::SetEnvironmentVariableW(L"TMP", directory.c_str()));
         return directory;
@@ -117,7 +116,7 @@ TEST_F(CacheFileEntriesTest, TemporaryDirectoryOf247To258CharactersIsUsedAsItIs)
 
 TEST_F(CacheFileEntriesTest, TemporaryDirectoryOf259CharactersIsFalse)
 {
-    SetTemporaryDirectoryOf(259); // 260 with its backslash and 261 with its NUL
+    ASSERT_NE(L"", SetTemporaryDirectoryOf(259)); // 260 with its backslash and 261 with its NUL
     cacheFile = L"unchanged";
     EXPECT_FALSE(CreateCacheFile(tree.File(L"live"), cacheFile, L"abc", true, false));
     EXPECT_EQ(L"unchanged", cacheFile);
