@@ -36,7 +36,7 @@ void** FindSlot(const std::string& function)
             }
         }
     }
-    std::fprintf(stderr, "the library does not import %s\n", function.c_str());
+    static_cast<void>(std::fprintf(stderr, "the library does not import %s\n", function.c_str()));
     std::exit(EXIT_FAILURE);
 }
 

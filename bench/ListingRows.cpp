@@ -31,14 +31,14 @@ public:
     Search(const Search&) = delete;
     Search& operator=(const Search&) = delete;
 
-    bool IsOpen() const { return m_handle != -1; }
+    [[nodiscard]] bool IsOpen() const { return m_handle != -1; }
     bool Next() { return ::_wfindnext64i32(m_handle, &m_entry) == 0; }
-    bool IsDirectory() const { return (m_entry.attrib & _A_SUBDIR) != 0; }
-    bool IsSubdirectory() const
+    [[nodiscard]] bool IsDirectory() const { return (m_entry.attrib & _A_SUBDIR) != 0; }
+    [[nodiscard]] bool IsSubdirectory() const
     {
         return IsDirectory() && std::wcscmp(Name(), L".") != 0 && std::wcscmp(Name(), L"..") != 0;
     }
-    const wchar_t* Name() const { return m_entry.name; }
+    [[nodiscard]] const wchar_t* Name() const { return m_entry.name; }
 
 private:
     _wfinddata64i32_t m_entry = {};

@@ -37,7 +37,7 @@ struct Options {
     std::string chart;
     std::vector<std::string> groups;
 
-    bool Includes(const bench::Row& row) const
+    [[nodiscard]] bool Includes(const bench::Row& row) const
     {
         return groups.empty() || std::find(groups.begin(), groups.end(), row.group) != groups.end();
     }

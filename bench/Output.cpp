@@ -7,6 +7,9 @@
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
+#include <iomanip>
+#include <iterator>
+#include <sstream>
 
 namespace bench {
 
@@ -14,15 +17,15 @@ namespace {
 
 std::string FormatTime(double microseconds)
 {
-    constexpr std::size_t kCapacity = 32; // characters
     constexpr double kMilli = 1000;
-    char time[kCapacity];
+    std::ostringstream time;
+    time << std::fixed << std::setprecision(2);
     if (microseconds < kMilli) {
-        std::snprintf(time, kCapacity, "%.2f us", microseconds);
+        time << microseconds << " us";
     } else {
-        std::snprintf(time, kCapacity, "%.2f ms", microseconds / kMilli);
+        time << microseconds / kMilli << " ms";
     }
-    return time;
+    return time.str();
 }
 
 std::string FamilyOf(const Result& result)
@@ -55,10 +58,10 @@ void WriteBar(std::ofstream& svg, const Result& result, int row)
 {
     const int top = row * kRowHeight;
     const int width = static_cast<int>(std::min(result.ratio, kMaxRatio) * kUnitWidth);
-    svg << "<text x=\"" << kNameWidth - 8 << "\" y=\"" << top + 15 << "\" text-anchor=\"end\">" << result.name
-        << "</text><rect x=\"" << kNameWidth << "\" y=\"" << top + 4 << "\" width=\"" << width
-        << "\" height=\"14\" fill=\"#4878a8\"/><text x=\"" << kNameWidth + width + 6 << "\" y=\"" << top + 15 << "\">"
-        << static_cast<int>(result.ratio * 100 + 0.5) / 100.0 << "</text>\n";
+    svg << "<text x='" << kNameWidth - 8 << "' y='" << top + 15 << "' text-anchor='end'>" << result.name
+        << "</text><rect x='" << kNameWidth << "' y='" << top + 4 << "' width='" << width
+        << "' height='14' fill='#4878a8'/><text x='" << kNameWidth + width + 6 << "' y='" << top + 15 << "'>"
+        << std::setprecision(2) << std::fixed << result.ratio << "</text>\n";
 }
 
 } // namespace
@@ -78,7 +81,7 @@ void PrintLine(const Result& result)
         std::printf("  %.2f of %s", result.alternativeRatio, result.alternativeName.c_str());
     }
     std::printf("\n");
-    std::fflush(stdout);
+    static_cast<void>(std::fflush(stdout));
 }
 
 void PrintGrowth(const std::vector<Result>& results)
@@ -107,14 +110,14 @@ bool WriteChart(const std::string& path, const std::vector<Result>& results)
     std::ofstream svg(path);
     const int height = static_cast<int>(results.size() + 1) * kRowHeight;
     const int one = kNameWidth + kUnitWidth;
-    svg << "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 " << kChartWidth << ' ' << height
-        << "\" font-family=\"sans-serif\" font-size=\"12\">\n<rect width=\"100%\" height=\"100%\" fill=\"white\"/>\n";
+    svg << "<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 " << kChartWidth << ' ' << height
+        << "' font-family='sans-serif' font-size='12'>\n<rect width='100%' height='100%' fill='white'/>\n";
     for (std::size_t i = 0; i < results.size(); ++i) {
         WriteBar(svg, results[i], static_cast<int>(i));
     }
-    svg << "<line x1=\"" << one << "\" y1=\"0\" x2=\"" << one << "\" y2=\"" << height - kRowHeight
-        << "\" stroke=\"#a04040\"/><text x=\"" << one << "\" y=\"" << height - 6
-        << "\" text-anchor=\"middle\">1 = a bare loop of the same platform calls</text>\n</svg>\n";
+    svg << "<line x1='" << one << "' y1='0' x2='" << one << "' y2='" << height - kRowHeight
+        << "' stroke='#a04040'/><text x='" << one << "' y='" << height - 6
+        << "' text-anchor='middle'>1 = a bare loop of the same platform calls</text>\n</svg>\n";
     return static_cast<bool>(svg.flush());
 }
 

@@ -169,7 +169,7 @@ private:
         return allocated;
     }
 
-    BSTR CopyOrThrow() const { return Checked(Copy(), m_str != nullptr); }
+    [[nodiscard]] BSTR CopyOrThrow() const { return Checked(Copy(), m_str != nullptr); }
 };
 
 #endif

@@ -91,7 +91,8 @@ bool CVssFileManager::RecursivelyCreateDirectory(const std::wstring& path)
         return false;
     }
     const CurrentDirectoryGuard currentDirectory;
-    const std::wstring created = CreateComponents(AppendBackslash(directory.c_str()), currentDirectory);
+    directory.resize(std::min(directory.find(L'\0'), directory.size())); // where Windows ends it
+    const std::wstring created = CreateComponents(AppendBackslash(std::move(directory)), currentDirectory);
     if (!currentDirectory.Enter(created)) {
         ReportUnreachableDirectory(created);
     }

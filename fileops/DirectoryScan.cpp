@@ -20,6 +20,14 @@ std::wstring Joined(std::wstring_view prefix, std::wstring_view name)
     return joined;
 }
 
+// `list` may be null.
+void AddIfWanted(std::vector<std::wstring>* list, std::wstring file)
+{
+    if (list != nullptr) {
+        list->push_back(std::move(file));
+    }
+}
+
 // Adds files to a sorted list. One sort at the end yields the same list as sorted insertion does, without moving
 // elements for each file.
 class SortedFiles {
@@ -82,11 +90,10 @@ bool CVssFileManager::ScanDirectory(const std::wstring& filter, const std::wstri
         if (search.IsDirectory()) {
             continue;
         }
+        std::wstring file = Joined(prefix, search.Name());
         if (NameHasSeparator(search.Name())) {
-            if (invalid != nullptr) {
-                invalid->push_back(Joined(prefix, search.Name()));
-            }
-        } else if (sorted.Add(Joined(prefix, search.Name()))) {
+            AddIfWanted(invalid, std::move(file));
+        } else if (sorted.Add(std::move(file))) {
             m_pfnLogger(kProgressLevel, "file =  %S\n", files.back().c_str());
         }
     } while (search.Next());

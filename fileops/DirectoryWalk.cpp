@@ -57,10 +57,11 @@ using OpenDirectories = LifoStack<SearchedDirectory>;
 bool Enter(CVssFileManager& manager, const std::wstring& directory, OpenDirectories& open)
 {
     std::optional<SearchedDirectory> searched = SearchSubdirectories(manager, directory);
-    if (searched) {
-        open.Push(*std::move(searched));
+    if (!searched) {
+        return false;
     }
-    return searched.has_value();
+    open.Push(*std::move(searched));
+    return true;
 }
 
 } // namespace

@@ -32,7 +32,7 @@ private:
     std::wstring_view m_directory;
     std::wstring_view m_name;
     std::wstring_view m_extension;
-    wchar_t m_driveBuffer[kDriveCapacity];
+    wchar_t m_driveBuffer[kDriveCapacity]; // these buffers are written before they are read
     wchar_t m_buffers[3][kComponentCapacity];
     std::wstring m_longBuffer; // for longer paths: three buffers in a row
 };

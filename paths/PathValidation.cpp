@@ -85,10 +85,11 @@ bool MakeAbsolute(std::wstring& path, PathComponents& components)
 {
     if (BeginsWith(components.Directory(), kParentStep)) {
         std::optional<std::wstring> resolved = ResolveParentSteps(components);
-        if (resolved) {
-            path = *std::move(resolved);
+        if (!resolved) {
+            return false;
         }
-        return resolved.has_value();
+        path = *std::move(resolved);
+        return true;
     }
     if (components.Directory().starts_with(L'\\')) {
         return PrependCurrentDrive(path, components);

@@ -96,7 +96,8 @@ TEST_P(MemoryFaultTest, ThrowsOnlyWhatIsDocumentedWhenABstrCannotBeAllocated)
             return happened;
         });
     }
-    EXPECT_EQ(IsDocumented(Outcome::kAtlException, GetParam().throws), Thrown() > 0) << "CAtlException is that of BSTR strings";
+    EXPECT_EQ(IsDocumented(Outcome::kAtlException, GetParam().throws), Thrown() > 0)
+        << "CAtlException is that of BSTR strings";
 }
 
 INSTANTIATE_TEST_SUITE_P(Every, MemoryFaultTest, ::testing::ValuesIn(AllFunctions()), &TestNameOf);

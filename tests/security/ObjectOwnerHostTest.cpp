@@ -70,7 +70,7 @@ TEST_F(ChangeObjectOwnerHostTest, CallsTheFunctionsOfTheModuleAndNotThoseOfTheFi
     EXPECT_TRUE(ChangeObjectOwner(tree.File(L"f.txt"), L"SYSTEM"));
     EXPECT_TRUE(host.Events().empty());
     EXPECT_LT(4, g_lines);
-    EXPECT_EQ(2, g_keepAlives);
+    EXPECT_LE(2, g_keepAlives) << "one more if the last keep-alive of the process was long ago";
     ::SetLastError(ERROR_ACCESS_DENIED);
     EXPECT_FALSE(isDirectoryExists(L""));
     EXPECT_EQ(ReportLines(ERROR_ACCESS_DENIED), host.Lines()) << "the file manager has the earlier host";
