@@ -1,9 +1,11 @@
 // Entry of the agent.
 
-#include "agent/CommandLine.h"
-#include "agent/Output.h"
-#include "agent/Report.h"
-#include "agent/Text.h"
+#include "agent/console/CommandLine.h"
+#include "agent/console/Output.h"
+#include "agent/console/Report.h"
+#include "agent/platform/Encoding.h"
+#include "agent/platform/Errors.h"
+#include "agent/platform/Handles.h"
 
 #include <Kestrovane.h>
 
@@ -12,16 +14,16 @@
 #include <shellapi.h>
 
 #include <exception>
+#include <string>
+#include <vector>
 
 namespace {
 
 std::vector<std::wstring> Arguments()
 {
     int count = 0;
-    wchar_t** const texts = ::CommandLineToArgvW(::GetCommandLineW(), &count);
-    std::vector<std::wstring> arguments(texts + 1, texts + count);
-    ::LocalFree(texts);
-    return arguments;
+    const agent::UniqueLocal<wchar_t*> strings(::CommandLineToArgvW(::GetCommandLineW(), &count));
+    return {strings.get() + 1, strings.get() + count};
 }
 
 } // namespace

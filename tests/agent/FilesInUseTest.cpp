@@ -80,7 +80,7 @@ TEST_F(FilesInUseTest, LeaveNoCacheFileWhereTheBackupIsDamaged)
 {
     live.File(L"a.txt", "hello");
     MakeBackup();
-    WriteFileBytes(Backup() + L"\\a.txt", "damaged");
+    WriteFileBytes(Copy(L"a.txt"), "damaged");
     const HeldFile held(live.Path(L"a.txt"), GENERIC_READ, FILE_SHARE_READ);
     RunForJson({L"restore", Backup()}, 1);
     EXPECT_EQ(0U, CacheFilesIn(live.Root()).size());
