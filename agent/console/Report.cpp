@@ -140,7 +140,10 @@ ExitCode Report::Code() const
         return kInterrupted;
     }
     if (!m_failures.empty()) {
-        return m_achieved > 0 ? kDoneInPart : kNothingDone;
+        return m_achieved > 0 && !m_useless ? kDoneInPart : kNothingDone;
+    }
+    if (m_inPart) {
+        return kDoneInPart;
     }
     return m_atRestart ? kDoneAtRestart : kAllDone;
 }

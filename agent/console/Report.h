@@ -47,6 +47,8 @@ public:
     void Add(const std::string& list, const std::wstring& item);
     void AddItem(const std::string& list, const Item& item);
     void SetInterrupted() { m_interrupted = true; }
+    void SetInPart() { m_inPart = true; }   // something was left undone without a failure
+    void SetUseless() { m_useless = true; } // what was achieved cannot be used
     void SetAtRestart() { m_atRestart = true; }
 
     bool HasFailures() const { return !m_failures.empty(); }
@@ -72,6 +74,8 @@ private:
     std::int64_t m_achieved = 0;
     bool m_interrupted = false;
     bool m_atRestart = false;
+    bool m_inPart = false;
+    bool m_useless = false;
 };
 
 } // namespace agent
