@@ -35,9 +35,9 @@ Contents ReadContents(const TreeEntry& directory)
 {
     Contents contents;
     WIN32_FIND_DATAW data = {};
-    const UniqueSearch search = OwnSearch(::FindFirstFileExW(LongForm(Join(directory.path, L"*")).c_str(),
-                                                             FindExInfoBasic, &data, FindExSearchNameMatch, nullptr,
-                                                             FIND_FIRST_EX_LARGE_FETCH));
+    const UniqueSearch search =
+        OwnSearch(::FindFirstFileExW(LongForm(Join(directory.path, L"*")).c_str(), FindExInfoBasic, &data,
+                                     FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH));
     for (bool found = search != nullptr; found; found = ::FindNextFileW(search.get(), &data) != FALSE) {
         if (IsDots(data.cFileName)) {
             continue;
@@ -45,7 +45,7 @@ Contents ReadContents(const TreeEntry& directory)
         const FileInformation information = InformationOf(data);
         const std::wstring name = directory.name.empty() ? data.cFileName : directory.name + L'\\' + data.cFileName;
         (information.IsDirectory() ? contents.directories : contents.files)
-            .push_back({name, Join(directory.path, data.cFileName), information, directory.level + 1});
+            .push_back({name, data.cFileName, Join(directory.path, data.cFileName), information, directory.level + 1});
     }
     const DWORD error = ::GetLastError();
     const bool isEmptyRoot = search == nullptr && error == ERROR_FILE_NOT_FOUND; // no "." in a root
@@ -98,7 +98,7 @@ private:
 
 void WalkTree(const std::wstring& root, TreeVisitor& visitor)
 {
-    Walk(visitor).Enter({L"", root, {}, 0});
+    Walk(visitor).Enter({L"", L"", root, {}, 0});
 }
 
 } // namespace agent

@@ -9,7 +9,8 @@
 namespace agent {
 
 struct TreeEntry {
-    std::wstring name; // relative to the root of the walk
+    std::wstring name;      // relative to the root of the walk
+    std::wstring component; // the last one; another system may have put a backslash into it
     std::wstring path;
     FileInformation information;
     int level = 0; // of directories: 1 for those directly below the root
