@@ -48,10 +48,10 @@ public:
     {
         std::vector<std::string> names;
         std::string standard;
-        for (const auto& [text, meaning] : values) {
-            names.push_back(text);
+        for (const auto& [spelling, meaning] : values) {
+            names.push_back(spelling);
             if (meaning == value) {
-                standard = text;
+                standard = spelling;
             }
         }
         AddChoice(name, names, standard, help, [&value, values](std::size_t index) { value = values[index].second; });

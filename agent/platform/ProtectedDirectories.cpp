@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::size_t kLongestPath = 32767; // characters
 
-// The path behind all links, short names and prefixes; empty where Windows cannot tell it.
+// The path without links, short names and prefixes in it; empty where Windows cannot tell it.
 std::wstring FinalPath(const std::wstring& directory)
 {
     const UniqueHandle handle = Own(
