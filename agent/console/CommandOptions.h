@@ -39,7 +39,7 @@ public:
     // An option that may be repeated, and mixed with others of its kind: `take` is called for each in the order of the
     // command line. It returns why a value is wrong usage, or an empty string.
     void InOrder(const std::string& name, const std::string& type, const std::string& help,
-                 std::function<std::wstring(const std::wstring& value)> take);
+                 const std::function<std::wstring(const std::wstring& value)>& take);
 
     // An option with a set of values, which the help shows with the default.
     template <typename Value>
