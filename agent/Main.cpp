@@ -1,9 +1,10 @@
 // Entry of the agent.
 
-#include "agent/CommandLine.h"
-#include "agent/Output.h"
-#include "agent/Report.h"
-#include "agent/Text.h"
+#include "agent/console/CommandLine.h"
+#include "agent/console/Report.h"
+#include "agent/platform/Encoding.h"
+#include "agent/platform/Errors.h"
+#include "agent/platform/Handles.h"
 
 #include <Kestrovane.h>
 
@@ -12,16 +13,23 @@
 #include <shellapi.h>
 
 #include <exception>
+#include <string>
+#include <vector>
 
 namespace {
 
 std::vector<std::wstring> Arguments()
 {
     int count = 0;
-    wchar_t** const texts = ::CommandLineToArgvW(::GetCommandLineW(), &count);
-    std::vector<std::wstring> arguments(texts + 1, texts + count);
-    ::LocalFree(texts);
-    return arguments;
+    const agent::UniqueLocal<wchar_t*> strings(::CommandLineToArgvW(::GetCommandLineW(), &count));
+    return {strings.get() + 1, strings.get() + count};
+}
+
+int Fail(const std::wstring& reason)
+{
+    agent::Report report("agent");
+    report.Fail(L"kestrovane-agent", reason);
+    return report.FinishObject(agent::kNothingDone);
 }
 
 } // namespace
@@ -31,9 +39,8 @@ int main()
     try {
         return agent::RunCommandLine(Arguments());
     } catch (const CAtlException& error) {
-        agent::WriteMessage(agent::SystemReason(static_cast<DWORD>(error.m_hr)));
+        return Fail(agent::SystemReason(static_cast<DWORD>(error.m_hr)));
     } catch (const std::exception& error) {
-        agent::WriteMessage(agent::Wide(error.what()));
+        return Fail(agent::Wide(error.what()));
     }
-    return agent::kNothingDone;
 }

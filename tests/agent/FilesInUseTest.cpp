@@ -47,7 +47,7 @@ TEST_F(FilesInUseTest, HaveTheirCacheFileInTheTemporaryDirectoryWhereAsked)
 {
     live.File(L"a.txt", "hello");
     MakeBackup();
-    const LockedFile locked(live.File(L"a.txt", "busy"), GENERIC_READ, FILE_SHARE_READ);
+    const LockedFile held(live.File(L"a.txt", "busy"), GENERIC_READ, FILE_SHARE_READ);
     RunForJson({L"restore", Backup(), L"--temp-cache"}, 4);
     EXPECT_EQ(0U, CacheFilesIn(live.Root()).size());
     EXPECT_EQ(1U, CacheFilesIn(temporary.Root()).size());
@@ -57,7 +57,7 @@ TEST_F(FilesInUseTest, HaveTheirCacheFileBesideThemWhereTheTemporaryDirectoryIsO
 {
     live.File(L"a.txt", "hello");
     MakeBackup();
-    const LockedFile locked(live.File(L"a.txt", "busy"), GENERIC_READ, FILE_SHARE_READ);
+    const LockedFile held(live.File(L"a.txt", "busy"), GENERIC_READ, FILE_SHARE_READ);
     ::SetEnvironmentVariableW(L"TMP", store.Root().c_str());
     RunForJson({L"restore", Backup(), L"--temp-cache"}, 4);
     EXPECT_EQ(1U, CacheFilesIn(live.Root()).size());
@@ -69,7 +69,7 @@ TEST_F(FilesInUseTest, OnAShareAreAFailureThatSaysWhy)
     const TestDirectory share(LR"(\\alpha\data\)");
     share.File(L"a.txt", "hello");
     RunForJson({L"backup", share.Root(), Backup()}, 0);
-    const LockedFile locked(share.File(L"a.txt", "busy"), GENERIC_READ, FILE_SHARE_READ);
+    const LockedFile held(share.File(L"a.txt", "busy"), GENERIC_READ, FILE_SHARE_READ);
     const auto report = RunForJson({L"restore", Backup()}, 1);
     EXPECT_NE(std::string::npos, report["failures"][0]["reason"].get<std::string>().find("share"));
     EXPECT_TRUE(pending.Entries().empty());
@@ -80,8 +80,8 @@ TEST_F(FilesInUseTest, LeaveNoCacheFileWhereTheBackupIsDamaged)
 {
     live.File(L"a.txt", "hello");
     MakeBackup();
-    WriteFileBytes(Backup() + L"\\a.txt", "damaged");
-    const LockedFile locked(live.Path(L"a.txt"), GENERIC_READ, FILE_SHARE_READ);
+    WriteFileBytes(Copy(L"a.txt"), "damaged");
+    const LockedFile held(live.Path(L"a.txt"), GENERIC_READ, FILE_SHARE_READ);
     RunForJson({L"restore", Backup()}, 1);
     EXPECT_EQ(0U, CacheFilesIn(live.Root()).size());
     EXPECT_TRUE(pending.Entries().empty());

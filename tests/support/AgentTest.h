@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 class AgentTest : public ::testing::Test {
 protected:
     using Json = nlohmann::json;
@@ -46,6 +48,37 @@ protected:
     std::wstring Backup() const { return store.Path(L"backup"); }
 
     void MakeBackup() const { RunForJson({L"backup", live.Root(), Backup()}, 0); }
+
+    // The path component of a test directory that no other test has.
+    static std::wstring UniquePartOf(const std::wstring& root) { return root.substr(3, root.find(L'\\', 3) - 3); }
+
+    // The names of the versions, the oldest first.
+    StringList Versions() const
+    {
+        StringList names;
+        WIN32_FIND_DATAW entry = {};
+        const HANDLE search = ::FindFirstFileW((Backup() + L"\\*").c_str(), &entry);
+        if (search != INVALID_HANDLE_VALUE) {
+            do {
+                if (entry.cFileName[0] != L'.') {
+                    names.emplace_back(entry.cFileName);
+                }
+            } while (::FindNextFileW(search, &entry));
+            ::FindClose(search);
+        }
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    // A path in the newest version.
+    std::wstring Copy(const std::wstring& relative) const
+    {
+        const StringList versions = Versions();
+        return Backup() + L"\\" + (versions.empty() ? L"no version" : versions.back()) + L"\\" + relative;
+    }
+
+    std::wstring ManifestPath() const { return Copy(L"kestrovane-manifest.json"); }
+    Json Manifest() const { return Json::parse(ReadFileBytes(ManifestPath()), nullptr, false); }
 
     TestDirectory live;
     TestDirectory store{L"D:\\"};
