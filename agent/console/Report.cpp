@@ -142,6 +142,9 @@ ExitCode Report::Code() const
     if (!m_failures.empty()) {
         return m_achieved > 0 ? kDoneInPart : kNothingDone;
     }
+    if (m_inPart) {
+        return kDoneInPart;
+    }
     return m_atRestart ? kDoneAtRestart : kAllDone;
 }
 

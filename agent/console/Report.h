@@ -48,6 +48,7 @@ public:
     void AddItem(const std::string& list, const Item& item);
     void SetInterrupted() { m_interrupted = true; }
     void SetAtRestart() { m_atRestart = true; }
+    void SetInPart() { m_inPart = true; } // something was left out, without a failure
 
     bool HasFailures() const { return !m_failures.empty(); }
 
@@ -72,6 +73,7 @@ private:
     std::int64_t m_achieved = 0;
     bool m_interrupted = false;
     bool m_atRestart = false;
+    bool m_inPart = false;
 };
 
 } // namespace agent

@@ -1,13 +1,9 @@
-// Putting a backup's content in the place of a live file.
+// Restoring one file.
 
 #include "agent/restore/Replacement.h"
 
 #include "agent/platform/Errors.h"
-#include "agent/platform/FileInformation.h"
-#include "agent/platform/Paths.h"
-#include "agent/platform/Volumes.h"
-
-#include <Kestrovane.h>
+#include "agent/platform/Handles.h"
 
 namespace agent {
 
@@ -15,115 +11,144 @@ namespace {
 
 using Outcome = ReplacementResult::Outcome;
 
-ReplacementResult Failed(const std::wstring& reason)
-{
-    return {Outcome::kFailed, reason, {}};
-}
-
-bool Matches(const std::wstring& path, const FileDigest& digest)
-{
-    const auto found = DigestFile(path);
-    return found && *found == digest;
-}
-
-// A cache file that is deleted at the end of the scope, or at the next restart, unless it is kept.
-class CacheFile {
+// A staged file is deleted at the end of the scope, unless it has taken the target's place.
+class StagedFile {
 public:
-    CacheFile(const std::wstring& target, bool temporary)
+    explicit StagedFile(std::wstring path) : m_path(std::move(path)) {}
+    ~StagedFile()
     {
-        if (!CreateCacheFile(target, m_path, kRestorePrefix, temporary, false)) {
-            m_error = ::GetLastError();
+        if (!m_isPlaced) {
+            ::DeleteFileW(m_path.c_str());
         }
     }
-    ~CacheFile()
-    {
-        if (!m_kept && !m_path.empty()) {
-            std::vector<std::wstring> paths = {m_path};
-            DeleteCacheFileList(paths);
-        }
-    }
-    CacheFile(const CacheFile&) = delete;
-    CacheFile& operator=(const CacheFile&) = delete;
+    StagedFile(const StagedFile&) = delete;
+    StagedFile& operator=(const StagedFile&) = delete;
 
     const std::wstring& Path() const { return m_path; }
-    DWORD Error() const { return m_error; } // 0 when the file was made
-    void Keep() { m_kept = true; }
+
+    // Takes the place of a file. On failure the last error tells why, and the target is as it was.
+    bool Exchange(const std::wstring& target)
+    {
+        m_isPlaced = ::ReplaceFileW(target.c_str(), m_path.c_str(), nullptr, 0, nullptr, nullptr) != FALSE;
+        if (!m_isPlaced && ::GetLastError() == ERROR_UNABLE_TO_MOVE_REPLACEMENT) {
+            return Insert(target); // the old file is gone by then
+        }
+        return m_isPlaced;
+    }
+
+    // Takes a place where no file is.
+    bool Insert(const std::wstring& target)
+    {
+        m_isPlaced = ::MoveFileExW(m_path.c_str(), target.c_str(), MOVEFILE_WRITE_THROUGH) != FALSE;
+        return m_isPlaced;
+    }
 
 private:
     std::wstring m_path;
-    DWORD m_error = ERROR_SUCCESS;
-    bool m_kept = false;
+    bool m_isPlaced = false;
 };
+
+// Makes a read-only file writable for one scope. Whatever the scope's outcome, the attribute is set again on the file that is
+// there at the end, unless it was replaced by one with attributes of its own.
+class WritableScope {
+public:
+    explicit WritableScope(const RestoreStep& step)
+        : m_step(step), m_changed(step.replaces && step.present.IsReadOnly())
+    {
+        if (m_changed) {
+            ::SetFileAttributesW(step.target.path.c_str(),
+                                 step.present.attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
+        }
+    }
+    ~WritableScope()
+    {
+        if (m_changed) {
+            ::SetFileAttributesW(m_step.target.path.c_str(), m_step.present.attributes);
+        }
+    }
+    WritableScope(const WritableScope&) = delete;
+    WritableScope& operator=(const WritableScope&) = delete;
+
+    void KeepWritable() { m_changed = false; }
+
+private:
+    const RestoreStep& m_step;
+    bool m_changed;
+};
+
+// Access that is denied is another matter: no reboot would change that.
+bool IsInUse(const std::wstring& path)
+{
+    const UniqueHandle file =
+        Own(::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    return file == nullptr && ::GetLastError() == ERROR_SHARING_VIOLATION;
+}
+
+ReplacementResult Failed(RestoreFailure failure)
+{
+    return {Outcome::kFailed, std::move(failure), {}};
+}
+
+// A backup that does not know the attributes leaves those of the old file.
+DWORD AttributesFor(const RestoreStep& step)
+{
+    const DWORD known = step.file.attributes != 0 ? step.file.attributes : step.present.attributes;
+    const DWORD restored = known & kRestoredAttributes;
+    return known != 0 && restored == 0 ? FILE_ATTRIBUTE_NORMAL : restored;
+}
 
 } // namespace
 
-Replacement::Replacement(const RestoreJournal& journal, bool temporaryCache, std::vector<CacheSite> sites)
-    : m_journal(journal), m_temporaryCache(temporaryCache), m_sites(std::move(sites))
+ReplacementResult Replacement::Replace(const RestoreStep& step)
 {
+    WritableScope writable(step);
+    const bool wasInUse = step.replaces && IsInUse(step.target.path);
+    ReplacementResult result = wasInUse ? ReplaceAtReboot(step) : ReplaceNow(step);
+    const bool failed = result.outcome == Outcome::kFailed;
+    if (failed && !wasInUse && step.replaces && IsInUse(step.target.path)) {
+        result = ReplaceAtReboot(step); // it was opened meanwhile
+    }
+    if (result.outcome != Outcome::kFailed) {
+        writable.KeepWritable(); // a move at the reboot does not replace a read-only file
+    }
+    return result;
 }
 
-ReplacementResult Replacement::Replace(const std::wstring& source, const std::wstring& target, const ManifestFile& file)
+ReplacementResult Replacement::ReplaceNow(const RestoreStep& step)
 {
-    std::wstring asked = target;
-    return IsCanReplaceFile(asked) ? ReplaceNow(source, target, file) : ReplaceAtRestart(source, target, file);
+    const std::wstring& target = step.target.path;
+    if (!IsConfined(target, step.target.bound)) {
+        return Failed({target, L"it would leave " + step.target.bound});
+    }
+    StagedFile staged(m_record.StagingPath(step.stagingDirectory));
+    if (auto failure = WriteVerified(step.source, staged.Path(), step.file, target)) {
+        return Failed(std::move(*failure));
+    }
+    const DWORD attributes = AttributesFor(step);
+    const DWORD readOnly =
+        attributes & FILE_ATTRIBUTE_READONLY; // set last, because it would keep the file from its place
+    SetInformation(staged.Path(), step.file.created, step.file.modified, attributes & ~readOnly);
+    if (!(step.replaces ? staged.Exchange(target) : staged.Insert(target))) {
+        return Failed({target, LastReason()});
+    }
+    ReplacementResult result{Outcome::kNow, std::nullopt, target};
+    // A file that was replaced has passed its creation time and attributes on.
+    if ((step.replaces || readOnly != 0) &&
+        !SetInformation(target, step.file.created, step.file.modified, attributes)) {
+        result.failure = {target, L"its times and attributes could not be restored: " + LastReason()};
+    } else if (const auto reason = m_reboot.TakeBackEarlier(target)) {
+        result.failure = {target, *reason};
+    }
+    return result;
 }
 
-bool Replacement::WriteJournal(const std::wstring& target, const std::vector<std::wstring>& cacheDirectories)
+ReplacementResult Replacement::ReplaceAtReboot(const RestoreStep& step)
 {
-    JournalEntry entry{target, m_sites};
-    for (const std::wstring& directory : cacheDirectories) {
-        entry.sites.push_back(SurveyCacheSite(directory, kRestorePrefix));
+    auto registered = m_reboot.Register(step, AttributesFor(step));
+    if (registered.failure && registered.cacheFile.empty()) {
+        return Failed(std::move(*registered.failure));
     }
-    return m_journal.Write(entry);
-}
-
-ReplacementResult Replacement::ReplaceNow(const std::wstring& source, const std::wstring& target,
-                                          const ManifestFile& file)
-{
-    WriteJournal(target, {});
-    if (DoCopyComponentFile(source, target) == 0) {
-        const DWORD error = ::GetLastError();
-        const bool refused = error == ERROR_SHARING_VIOLATION || error == ERROR_ACCESS_DENIED;
-        // A copy that failed once the target was open has already cut it.
-        const bool cut = !refused && ReadInformation(target).has_value() && !Matches(target, file.digest);
-        return Failed(SystemReason(error) + (cut ? L"; the file is incomplete" : L""));
-    }
-    // The copy ends with success also when a read error cuts it short.
-    if (!Matches(target, file.digest)) {
-        return Failed(L"the file was written, but it is incomplete");
-    }
-    SetTimes(target, 0, file.modified);
-    return {Outcome::kNow, {}, target};
-}
-
-ReplacementResult Replacement::ReplaceAtRestart(const std::wstring& source, const std::wstring& target,
-                                                const ManifestFile& file)
-{
-    // Windows would register a move on a share or between volumes, and do nothing at the restart.
-    if (IsOnShare(target)) {
-        return Failed(L"the file is in use, and on a share nothing can be replaced at a restart");
-    }
-    const std::wstring beside = ParentOf(target);
-    const bool temporary = m_temporaryCache && IsSameVolume(TemporaryDirectory(), target);
-    WriteJournal({}, {temporary ? TemporaryDirectory() : beside});
-    CacheFile cache(target, temporary);
-    if (cache.Error() != ERROR_SUCCESS) {
-        return Failed(L"the file is in use, and no cache file can be made: " + SystemReason(cache.Error()));
-    }
-    if (!IsSameVolume(cache.Path(), target)) {
-        return Failed(L"the file is in use, and its cache file " + cache.Path() + L" is on another volume");
-    }
-    if (DoCopyComponentFile(source, cache.Path()) == 0 || !Matches(cache.Path(), file.digest)) {
-        return Failed(L"the file is in use, and its cache file cannot be filled: " + LastReason());
-    }
-    SetTimes(cache.Path(), 0, file.modified);
-    std::wstring asked = target;
-    if (!MoveCacheFile(cache.Path(), asked)) {
-        return Failed(L"the file is in use, and its replacement cannot be registered, which takes an administrator: " +
-                      LastReason());
-    }
-    cache.Keep();
-    return {Outcome::kAtRestart, {}, cache.Path()};
+    return {Outcome::kAtReboot, std::move(registered.failure), registered.cacheFile};
 }
 
 } // namespace agent

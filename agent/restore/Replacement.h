@@ -1,42 +1,40 @@
-// Putting a backup's content in the place of a live file, now or at the next restart.
+// Restoring one file: new content is written beside the target and takes its place in one step, now or at the next reboot.
 
 #pragma once
 
-#include "agent/backup/Manifest.h"
-#include "agent/restore/RestoreJournal.h"
+#include "agent/restore/NewContent.h"
+#include "agent/restore/RebootReplacement.h"
+#include "agent/restore/RestorePlan.h"
+#include "agent/restore/RestoreRecord.h"
 
+#include <optional>
 #include <string>
 
 namespace agent {
 
-constexpr const wchar_t* kRestorePrefix = L"kvr"; // of the cache files that wait for a restart
-
 struct ReplacementResult {
-    enum class Outcome { kNow, kAtRestart, kFailed };
+    enum class Outcome { kNow, kAtReboot, kFailed };
 
     Outcome outcome = Outcome::kFailed;
-    std::wstring reason;  // of a failure
-    std::wstring written; // the target, or the cache file that takes its place at the restart
+    std::optional<RestoreFailure> failure; // also beside success: the content is in place, but something else failed
+    std::wstring written;                  // the target, or the cache file that takes its place at the reboot
 };
 
 class Replacement {
 public:
-    // `sites` are written into the journal with each target.
-    Replacement(const RestoreJournal& journal, bool temporaryCache, std::vector<CacheSite> sites);
+    // `record` and `reboot` must outlive this.
+    Replacement(const RestoreRecord& record, RebootReplacement& reboot) : m_record(record), m_reboot(reboot) {}
 
-    // Copies `source` over `target` and checks the result against the digest. A file in use is replaced at the next
-    // restart, through a cache file on its own volume.
-    ReplacementResult Replace(const std::wstring& source, const std::wstring& target, const ManifestFile& file);
+    // A file that another program has open is replaced at the next reboot. A process that is killed meanwhile leaves the whole
+    // old or the whole new file. Earlier registrations for the same target are taken back.
+    ReplacementResult Replace(const RestoreStep& step);
 
 private:
-    ReplacementResult ReplaceNow(const std::wstring& source, const std::wstring& target, const ManifestFile& file);
-    ReplacementResult ReplaceAtRestart(const std::wstring& source, const std::wstring& target,
-                                       const ManifestFile& file);
-    bool WriteJournal(const std::wstring& target, const std::vector<std::wstring>& cacheDirectories);
+    ReplacementResult ReplaceNow(const RestoreStep& step);
+    ReplacementResult ReplaceAtReboot(const RestoreStep& step);
 
-    const RestoreJournal& m_journal;
-    bool m_temporaryCache;
-    std::vector<CacheSite> m_sites;
+    const RestoreRecord& m_record;
+    RebootReplacement& m_reboot;
 };
 
 } // namespace agent
