@@ -2,176 +2,221 @@
 
 #include "agent/backup/Backup.h"
 
+#include "agent/backup/BackupTarget.h"
+#include "agent/backup/ManifestNames.h"
 #include "agent/console/Interrupt.h"
 #include "agent/console/Progress.h"
 #include "agent/console/Stopwatch.h"
 #include "agent/platform/Directories.h"
-#include "agent/platform/Encoding.h"
 #include "agent/platform/Errors.h"
-#include "agent/platform/FileInformation.h"
 #include "agent/platform/IgnoringCase.h"
 #include "agent/platform/Paths.h"
+#include "agent/platform/Security.h"
+#include "agent/platform/Times.h"
 
-#include <Kestrovane.h>
+#include <algorithm>
+#include <unordered_set>
 
 namespace agent {
 
 namespace {
 
-constexpr const wchar_t* kNoSnapshot = L"no --snapshot is given for its volume";
-
-const wchar_t* WhyRejected(const std::wstring& name, const std::wstring& source, const std::wstring& target)
+// The longest name, relative to both roots, whose path fits on both sides.
+std::size_t LongestName(const std::wstring& root, const std::wstring& target)
 {
-    if (IsTooLong(source) || IsTooLong(target)) {
-        return L"the path, or that of its copy, has more than 259 characters";
-    }
-    if (!IsWellFormed(name)) {
-        return L"the name is not valid Unicode, so no manifest can hold it";
-    }
-    if (EqualIgnoringCase(name, kManifestName)) {
-        return L"the name is that of the manifest";
-    }
-    return nullptr;
+    constexpr std::size_t kLongestPath = MAX_PATH - 1;
+    const std::size_t before = std::max(root.size(), target.size() + 1 + kLongestVersionName) + 1;
+    return kLongestPath - std::min(kLongestPath, before);
 }
 
 } // namespace
 
 Backup::Backup(const BackupOptions& options)
-    : m_source(Absolute(options.directory)), m_target(Absolute(options.target)), m_options(options)
+    : m_options(options),
+      m_source(WithoutLongPrefix(Absolute(options.directory))),
+      m_target(WithoutLongPrefix(Absolute(options.target)))
 {
     m_manifest.original = m_source;
+    m_manifest.filters = options.selection.filters;
+    m_manifest.excludes = options.selection.excludes;
+    m_manifest.selection = options.selection.IsPartial();
 }
 
 int Backup::Run()
 {
     const Stopwatch watch;
+    SetRows();
     if (CanStart()) {
-        m_manifest.started = UtcNow();
-        CopyTree();
-        m_manifest.finished = UtcNow();
-        if (const auto reason = WriteManifest(m_version.folder, m_manifest)) {
-            m_report.Fail(Join(m_version.folder, kManifestName), *reason);
-        }
+        Execute();
     }
     m_report.SetSeconds("seconds", watch.Seconds());
     return m_report.Finish();
 }
 
-bool Backup::CanStart()
+void Backup::SetRows()
 {
     m_report.Set("source", m_source);
     m_report.Set("target", m_target);
-    m_report.Set("files", 0);
-    m_report.Set("bytes", 0);
-    if (const auto reason = m_snapshots.Add(m_options.snapshots)) {
+    for (const char* row : {"files", "bytes", "new", "changed", "unchanged", "removed", "copiedInUse", "failed"}) {
+        m_report.Set(row, 0);
+    }
+}
+
+bool Backup::CanStart()
+{
+    if (const auto reason = WhyOriginalIsInvalid(m_source)) {
         m_report.Fail(m_source, *reason);
-    } else if (!IsCovered(m_source)) {
-        m_report.Fail(m_source, kNoSnapshot);
-    } else if (!IsDirectoryOnDevice(SourceOf(m_source))) {
-        m_report.Fail(m_source, LastReason());
+    } else if (const auto unreadable = m_paths.Open(m_source, m_options.snapshots)) {
+        m_report.Fail(m_source, *unreadable);
     } else if (IsSameOrBelow(m_target, m_source)) {
         m_report.Fail(m_target, L"the target lies in the directory that is to be backed up");
-    } else if (Ensure(m_target)) {
-        if (const auto version = CreateVersion(m_target)) {
-            m_version = *version;
-            m_report.Set("version", m_version.name);
-            return true;
+    } else if (const auto rejected = WhyTargetIsRejected(m_target)) {
+        m_report.Fail(m_target, *rejected);
+    } else {
+        m_former = FormerVersion(ListVersions(m_target));
+        if (IsOtherDirectory()) {
+            m_report.Fail(m_target, L"it holds the backup of " + m_former.Original() +
+                                        L"; each directory needs a target of its own");
         }
-        m_report.Fail(m_target, LastReason());
     }
-    return false;
+    return !m_report.HasFailures();
 }
 
-void Backup::CopyTree()
+bool Backup::IsOtherDirectory() const
 {
-    const SourceTree tree = ReadSourceTree(SourceOf(m_source), m_options.filter);
-    for (const std::wstring& directory : tree.directories) {
-        if (!IsCovered(Join(m_source, directory))) { // another volume is mounted there
-            Fail(Join(m_source, directory), kNoSnapshot);
+    return !m_former.Original().empty() && !EqualIgnoringCase(m_former.Original(), m_source);
+}
+
+void Backup::Execute()
+{
+    m_manifest.started = FormatUtc(Now());
+    const SourceTree tree = ReadSourceTree(m_paths.Root(), m_options.selection, LongestName(m_paths.Root(), m_target));
+    for (const TreeEntry& directory : tree.directories) {
+        if (!m_paths.Covers(directory.name)) { // another volume is mounted there
+            m_report.Fail(m_paths.Live(directory.name), kNoSnapshot);
             return;
         }
     }
-    for (const auto& [directory, reason] : tree.failures) {
-        Fail(directory, reason);
+    ReportTree(tree);
+    if (!IsInterrupted() && IsWorthAVersion(tree) && BeginVersion()) {
+        CopyTree(tree);
+        CountRemoved(tree);
+        FinishVersion();
+    } else if (IsInterrupted()) {
+        m_report.SetInterrupted();
+    }
+}
+
+// An empty version must not take the place of one that holds files.
+bool Backup::IsWorthAVersion(const SourceTree& tree)
+{
+    if (tree.files.empty() && tree.leftOut > 0) {
+        m_report.Note(L"no file matches; no version is written");
+        m_report.SetInPart();
+        return false;
+    }
+    const bool isReadable = !tree.files.empty() || !tree.directories.empty() || tree.failures.empty();
+    return isReadable;
+}
+
+bool Backup::BeginVersion()
+{
+    if (const auto reason = EnsureDirectory(m_target)) {
+        m_report.Fail(m_target, *reason);
+        return false;
+    }
+    const auto version = CreateVersion(m_target);
+    if (!version) {
+        m_report.Fail(m_target, L"no folder for a version can be created in it: " + LastReason());
+        return false;
+    }
+    m_version = *version;
+    m_report.Set("version", m_version.name);
+    return true;
+}
+
+void Backup::ReportTree(const SourceTree& tree)
+{
+    for (const SourceFailure& failure : tree.failures) {
+        m_report.Fail(failure.path, failure.reason, failure.files);
     }
     for (const std::wstring& link : tree.links) {
-        m_report.Note(Join(m_source, link) + L" is a link; what it leads to is not backed up");
+        m_manifest.notBackedUp.push_back(link);
+        m_report.Add("notBackedUp", m_paths.Live(link));
+        m_report.Note(m_paths.Live(link) + L" is a link; what it leads to is not backed up");
     }
-    for (const std::wstring& directory : tree.directories) {
-        if (Ensure(Join(m_version.folder, directory))) {
-            m_manifest.directories.push_back({directory, 0, 0, 0, {}});
+    if (m_manifest.selection) {
+        m_report.Set("leftOut", tree.leftOut);
+    }
+}
+
+void Backup::CopyTree(const SourceTree& tree)
+{
+    StoredNames names;
+    CreateDirectories(tree, names);
+    Progress progress(L"Backing up", static_cast<std::int64_t>(tree.files.size()), tree.bytes);
+    CopyRun(m_version.folder, m_former, m_options.copy, m_manifest, m_report).Copy(tree.files, names, progress);
+}
+
+void Backup::CreateDirectories(const SourceTree& tree, StoredNames& names)
+{
+    for (const TreeEntry& directory : tree.directories) {
+        const std::wstring path = Join(m_version.folder, names.Add(directory.name));
+        if (::CreateDirectoryW(path.c_str(), nullptr)) {
+            m_manifest.directories.push_back(Describe(directory));
+        } else {
+            m_report.Fail(path, L"the directory cannot be created: " + LastReason());
         }
     }
-    CopyFiles(tree.files);
 }
 
-void Backup::CopyFiles(const std::vector<std::wstring>& files)
+ManifestDirectory Backup::Describe(const TreeEntry& directory)
 {
-    Progress progress(L"Backing up", static_cast<std::int64_t>(files.size()), 0);
-    for (const std::wstring& name : files) {
-        if (IsInterrupted()) {
-            m_report.SetInterrupted();
-            m_manifest.complete = false;
-            return;
+    const FileInformation& information = directory.information;
+    ManifestDirectory entry{directory.name, information.created, information.modified, information.attributes, {}};
+    if (m_options.copy.security) {
+        const auto security = ReadSecurity(directory.path);
+        if (!security) {
+            m_report.Fail(directory.path, L"its security descriptor cannot be read: " + LastReason());
         }
-        progress.FileDone(CopyFile(name));
+        entry.security = security.value_or(L"");
     }
+    return entry;
 }
 
-// Returns the number of bytes copied.
-std::int64_t Backup::CopyFile(const std::wstring& name)
+// Files of the former version that the tree no longer has. Those that the selection does not take do not count.
+void Backup::CountRemoved(const SourceTree& tree)
 {
-    const std::wstring source = SourceOf(Join(m_source, name));
-    const std::wstring target = Join(m_version.folder, name);
-    if (const wchar_t* reason = WhyRejected(name, source, target)) {
-        Fail(source, reason);
-        return 0;
+    std::unordered_set<std::wstring> present;
+    for (const TreeEntry& file : tree.files) {
+        present.insert(file.name);
     }
-    const auto information = ReadInformation(source);
-    if (!information || DoCopyComponentFile(source, target) == 0) {
-        Fail(source, LastReason());
-        return 0;
-    }
-    // The copy ends with success also when a read error cuts it short.
-    const auto copied = DigestFile(target);
-    const auto original = DigestFile(source);
-    if (!copied || !original || *copied != *original) {
-        Fail(source, L"the copy differs from the file: it could not be read to its end, or it has changed meanwhile");
-        return 0;
-    }
-    m_manifest.files.push_back(
-        {name, name, *copied, information->created, information->modified, information->attributes, {}});
-    m_report.CountAchieved();
-    m_report.Count("files");
-    m_report.Count("bytes", copied->size);
-    return copied->size;
+    const auto isRemoved = [&](const ManifestFile& file) {
+        return !present.contains(file.name) && m_options.selection.TakesFile(NameOf(file.name)) &&
+               !ReadInformation(Join(m_paths.Root(), file.name));
+    };
+    const auto& former = m_former.Files();
+    m_report.Set("removed", std::count_if(former.begin(), former.end(), isRemoved));
 }
 
-// Whether a path can be read from a snapshot, where snapshots are used.
-bool Backup::IsCovered(const std::wstring& live) const
+void Backup::FinishVersion()
 {
-    return m_snapshots.IsEmpty() || m_snapshots.Covers(live);
-}
-
-// Where a live path is read from.
-std::wstring Backup::SourceOf(const std::wstring& live) const
-{
-    return m_snapshots.IsEmpty() ? live : m_snapshots.PathOf(live);
-}
-
-bool Backup::Ensure(const std::wstring& directory)
-{
-    const auto reason = EnsureDirectory(directory);
-    if (reason) {
-        Fail(directory, *reason);
+    if (IsInterrupted()) {
+        m_report.SetInterrupted();
     }
-    return !reason;
-}
-
-void Backup::Fail(const std::wstring& subject, const std::wstring& reason)
-{
-    m_manifest.complete = false;
-    m_report.Fail(subject, reason);
+    m_manifest.complete = !m_report.HasFailures() && !IsInterrupted();
+    m_manifest.finished = FormatUtc(Now());
+    std::sort(m_manifest.files.begin(), m_manifest.files.end(),
+              [](const ManifestFile& a, const ManifestFile& b) { return a.name < b.name; });
+    if (const auto reason = WriteManifest(m_version.folder, m_manifest)) {
+        m_report.Fail(Join(m_version.folder, kManifestName),
+                      L"the manifest cannot be written, so the version cannot be "
+                      L"restored: " +
+                          *reason);
+        m_report.SetUseless();
+    } else if (m_options.keep > 0 && m_manifest.complete) {
+        RemoveOldVersions(m_target, static_cast<std::size_t>(m_options.keep), m_report);
+    }
 }
 
 } // namespace agent

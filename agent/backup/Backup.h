@@ -2,9 +2,13 @@
 
 #pragma once
 
+#include "agent/backup/CopyRun.h"
+#include "agent/backup/FormerVersion.h"
 #include "agent/backup/Manifest.h"
-#include "agent/backup/Snapshots.h"
+#include "agent/backup/Selection.h"
+#include "agent/backup/SourcePaths.h"
 #include "agent/backup/SourceTree.h"
+#include "agent/backup/StoredNames.h"
 #include "agent/backup/Versions.h"
 #include "agent/console/Report.h"
 
@@ -16,8 +20,10 @@ namespace agent {
 struct BackupOptions {
     std::wstring directory;
     std::wstring target;
-    std::wstring filter = L"*";
+    Selection selection;
     std::vector<std::wstring> snapshots; // VOLUME=DEVICE
+    CopyOptions copy;
+    int keep = 0; // complete versions; 0: all
 };
 
 class Backup {
@@ -28,19 +34,24 @@ public:
     int Run();
 
 private:
+    void SetRows();
     bool CanStart();
-    void CopyTree();
-    void CopyFiles(const std::vector<std::wstring>& files);
-    std::int64_t CopyFile(const std::wstring& name);
-    bool IsCovered(const std::wstring& live) const;
-    std::wstring SourceOf(const std::wstring& live) const;
-    bool Ensure(const std::wstring& directory);
-    void Fail(const std::wstring& subject, const std::wstring& reason);
+    bool IsOtherDirectory() const;
+    void Execute();
+    bool IsWorthAVersion(const SourceTree& tree);
+    bool BeginVersion();
+    void ReportTree(const SourceTree& tree);
+    void CopyTree(const SourceTree& tree);
+    void CreateDirectories(const SourceTree& tree, StoredNames& names);
+    ManifestDirectory Describe(const TreeEntry& directory);
+    void CountRemoved(const SourceTree& tree);
+    void FinishVersion();
 
+    const BackupOptions& m_options;
     std::wstring m_source;
     std::wstring m_target;
-    const BackupOptions& m_options;
-    Snapshots m_snapshots;
+    SourcePaths m_paths;
+    FormerVersion m_former;
     Version m_version;
     Manifest m_manifest;
     Report m_report{"backup"};

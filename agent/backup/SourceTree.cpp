@@ -2,112 +2,115 @@
 
 #include "agent/backup/SourceTree.h"
 
-#include "agent/console/Interrupt.h"
-#include "agent/platform/Errors.h"
-#include "agent/platform/FileInformation.h"
-#include "agent/platform/Handles.h"
+#include "agent/backup/ManifestNames.h"
+#include "agent/console/Progress.h"
+#include "agent/platform/Encoding.h"
 #include "agent/platform/Paths.h"
 
-#include <Kestrovane.h>
-
-#include <algorithm>
+#include <map>
 
 namespace agent {
 
 namespace {
 
-class Reader {
+std::optional<std::wstring> WhyNameDoesNotFit(const std::wstring& component)
+{
+    if (!IsWellFormed(component)) {
+        return L"the name is not valid Unicode, so no manifest can hold it";
+    }
+    if (component.find(L'\\') != std::wstring::npos) {
+        return L"the name has a backslash in it";
+    }
+    return WhyNameIsInvalid(component);
+}
+
+class Scan : public TreeVisitor {
 public:
-    Reader(std::wstring root, std::wstring filter) : m_root(std::move(root)), m_filter(std::move(filter)) {}
-
-    SourceTree Read()
+    Scan(const std::wstring& root, const Selection& selection, std::size_t longestName)
+        : m_root(root), m_selection(selection), m_longestName(longestName)
     {
-        ReadDirectory(L"");
-        return std::move(m_tree);
     }
 
-private:
-    std::vector<std::wstring> FileNames(const std::wstring& directory) const
+    void OnFile(const TreeEntry& file) override
     {
-        if (isDirectoryExists(directory)) {
-            return ListFilesFilter(directory, m_filter, false);
+        if (!m_selection.TakesFile(file.component)) {
+            ++m_tree.leftOut;
+        } else if (const auto reason = WhyNameDoesNotFit(file.component)) {
+            m_tree.failures.push_back({file.path, *reason, 1});
+        } else if (file.name.size() > m_longestName) {
+            ++m_tooLong[DirectoryOfTooLong(file)];
+        } else {
+            m_tree.files.push_back(file);
+            m_tree.bytes += file.information.size;
         }
-        // The library lists what a process can change into, and a snapshot device is not such a directory.
-        std::vector<std::wstring> names;
-        WIN32_FIND_DATAW entry = {};
-        const UniqueSearch search = OwnSearch(::FindFirstFileW(Join(directory, m_filter).c_str(), &entry));
-        for (bool found = static_cast<bool>(search); found; found = ::FindNextFileW(search.get(), &entry) != 0) {
-            if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
-                names.emplace_back(entry.cFileName);
-            }
-        }
-        std::sort(names.begin(), names.end());
-        return names;
+        m_progress.FileDone(0);
     }
 
-    // `relative` is empty for the root, else it ends with a backslash.
-    void ReadDirectory(const std::wstring& relative)
+    bool OnDirectory(const TreeEntry& directory) override
     {
-        const std::wstring directory = Join(m_root, relative);
-        if (IsInterrupted() || !CanBeRead(directory)) {
-            return;
-        }
-        for (const std::wstring& name : FileNames(directory)) {
-            m_tree.files.push_back(relative + name);
-        }
-        for (const std::wstring& path : ListDirecoriesRecursive(directory)) {
-            ReadSubdirectory(relative + path.substr(path.rfind(L'\\') + 1), path);
-        }
-    }
-
-    void ReadSubdirectory(const std::wstring& relative, const std::wstring& path)
-    {
-        const auto information = ReadInformation(path);
-        if (information && information->IsLink()) {
-            m_tree.links.push_back(relative);
-            return;
-        }
-        const auto identity = ReadIdentity(path);
-        if (identity && std::find(m_above.begin(), m_above.end(), *identity) != m_above.end()) {
-            m_tree.failures.emplace_back(path, L"leads back to a directory above it");
-            return;
-        }
-        m_tree.directories.push_back(relative);
-        m_above.push_back(identity.value_or(FileIdentity()));
-        ReadDirectory(relative + L'\\');
-        m_above.pop_back();
-    }
-
-    bool CanBeRead(const std::wstring& directory)
-    {
-        if (IsTooLong(directory)) {
-            m_tree.failures.emplace_back(directory, L"the path has more than 259 characters");
+        if (!m_selection.TakesDirectory(directory.component)) {
             return false;
         }
-        WIN32_FIND_DATAW entry = {};
-        const UniqueSearch search = OwnSearch(::FindFirstFileW(Join(directory, L"*").c_str(), &entry));
-        if (!search) {
-            const DWORD error = ::GetLastError();
-            if (error == ERROR_FILE_NOT_FOUND) {
-                return true; // an empty root has no entries at all
-            }
-            m_tree.failures.emplace_back(directory, SystemReason(error));
+        if (directory.information.IsLink()) {
+            m_tree.links.push_back(directory.name);
             return false;
+        }
+        if (const auto reason = WhyNameDoesNotFit(directory.component)) {
+            m_tree.failures.push_back({directory.path, *reason + L"; nothing below it is backed up", 1});
+            return false;
+        }
+        if (directory.name.size() > m_longestName) {
+            m_tooLong.try_emplace(DirectoryOfTooLong(directory), 0);
+        } else {
+            m_tree.directories.push_back(directory);
         }
         return true;
     }
 
-    std::wstring m_root;
-    std::wstring m_filter;
-    std::vector<FileIdentity> m_above;
+    void OnFailure(const std::wstring& directory, const std::wstring& reason) override
+    {
+        m_tree.failures.push_back({directory, reason, 1});
+    }
+
+    SourceTree Result()
+    {
+        for (const auto& [directory, files] : m_tooLong) {
+            m_tree.failures.push_back({directory,
+                                       std::to_wstring(files) +
+                                           L" files here and below are not backed up: their paths, or those of their "
+                                           L"copies, have more than 259 characters; a shorter TARGET may help",
+                                       files});
+        }
+        return std::move(m_tree);
+    }
+
+private:
+    // The outermost directory whose files are too long: one message covers all of them.
+    std::wstring DirectoryOfTooLong(const TreeEntry& entry) const
+    {
+        std::wstring name = entry.name;
+        while (name.size() > m_longestName) {
+            const auto backslash = name.rfind(L'\\');
+            name.resize(backslash == std::wstring::npos ? 0 : backslash);
+        }
+        return name.empty() ? m_root : Join(m_root, name);
+    }
+
+    const std::wstring& m_root;
+    const Selection& m_selection;
+    std::size_t m_longestName;
+    std::map<std::wstring, std::int64_t> m_tooLong; // directory and number of files
+    Progress m_progress{L"Scanning"};
     SourceTree m_tree;
 };
 
 } // namespace
 
-SourceTree ReadSourceTree(const std::wstring& root, const std::wstring& filter)
+SourceTree ReadSourceTree(const std::wstring& root, const Selection& selection, std::size_t longestName)
 {
-    return Reader(root, filter).Read();
+    Scan scan(root, selection, longestName);
+    WalkTree(root, scan);
+    return scan.Result();
 }
 
 } // namespace agent

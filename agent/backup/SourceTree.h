@@ -2,21 +2,32 @@
 
 #pragma once
 
+#include "agent/backup/Selection.h"
+#include "agent/platform/TreeWalk.h"
+
+#include <cstdint>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace agent {
 
-struct SourceTree {
-    std::vector<std::wstring> files;                             // relative to the root
-    std::vector<std::wstring> directories;                       // relative to the root, parents first
-    std::vector<std::wstring> links;                             // directories that are links: named, not entered
-    std::vector<std::pair<std::wstring, std::wstring>> failures; // directory and reason
+struct SourceFailure {
+    std::wstring path;
+    std::wstring reason;
+    std::int64_t files = 1; // that are not backed up because of it
 };
 
-// Lists the files that match `filter`. The library gives an empty list for a directory that it cannot search, so each
-// directory is asked for first. A directory that leads back to one above it is a failure, not a loop.
-SourceTree ReadSourceTree(const std::wstring& root, const std::wstring& filter);
+struct SourceTree {
+    std::vector<TreeEntry> files;       // the selected ones
+    std::vector<TreeEntry> directories; // parents first
+    std::vector<std::wstring> links;    // relative to the root: directories that are links, which are not entered
+    std::vector<SourceFailure> failures;
+    std::int64_t bytes = 0;   // of the files
+    std::int64_t leftOut = 0; // files that the selection does not take
+};
+
+// Lists a tree and checks that every name fits a backup: names of more than `longestName` characters, and names that no
+// manifest can hold, are failures.
+SourceTree ReadSourceTree(const std::wstring& root, const Selection& selection, std::size_t longestName);
 
 } // namespace agent

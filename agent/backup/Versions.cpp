@@ -5,9 +5,10 @@
 #include "agent/platform/FileInformation.h"
 #include "agent/platform/Handles.h"
 #include "agent/platform/Paths.h"
+#include "agent/platform/Times.h"
 
 #include <algorithm>
-#include <cwchar>
+#include <string_view>
 
 namespace agent {
 
@@ -24,17 +25,6 @@ bool HasForm(std::wstring_view name, std::wstring_view form)
     });
 }
 
-// How a time is written; Windows allows no colon in a name.
-std::wstring Format(const wchar_t* form)
-{
-    SYSTEMTIME now = {};
-    ::GetSystemTime(&now);
-    wchar_t buffer[32] = {};
-    static_cast<void>(std::swprintf(buffer, std::size(buffer), form, now.wYear, now.wMonth, now.wDay, now.wHour,
-                                    now.wMinute, now.wSecond));
-    return buffer;
-}
-
 std::wstring WithSuffix(const std::wstring& time, int number)
 {
     constexpr std::size_t kDigits = 3;
@@ -45,7 +35,8 @@ std::wstring WithSuffix(const std::wstring& time, int number)
 // The first name to try. After the clock was set back, the new version must still be the newest.
 std::wstring FirstName(const std::wstring& newest)
 {
-    const std::wstring now = Format(L"%04u-%02u-%02uT%02u-%02u-%02uZ");
+    std::wstring now = FormatUtc(Now());
+    std::replace(now.begin(), now.end(), L':', L'-'); // Windows allows no colon in a name
     return newest < now ? now : newest;
 }
 
@@ -131,11 +122,6 @@ std::optional<Version> CreateVersion(const std::wstring& target)
         }
     }
     return std::nullopt;
-}
-
-std::wstring UtcNow()
-{
-    return Format(L"%04u-%02u-%02uT%02u:%02u:%02uZ");
 }
 
 } // namespace agent

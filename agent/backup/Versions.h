@@ -23,6 +23,9 @@ struct LoadedVersion {
     ReadManifest read;
 };
 
+// Characters of the longest name of a version.
+constexpr std::size_t kLongestVersionName = 24;
+
 // Whether a name has the form that versions have.
 bool IsVersionName(const std::wstring& name);
 
@@ -41,8 +44,5 @@ std::optional<LoadedVersion> FindVersion(const std::wstring& target, const std::
 // Creates the folder of a new version, whose name sorts after those of all others. @return nothing when that fails; the last
 // error tells why.
 std::optional<Version> CreateVersion(const std::wstring& target);
-
-// The time now, UTC: 2026-11-21T15:04:05Z.
-std::wstring UtcNow();
 
 } // namespace agent

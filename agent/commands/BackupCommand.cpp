@@ -16,9 +16,14 @@ void AddBackupCommand(CommandSet& commands)
                                           [options] { return Backup(*options).Run(); });
     command.Required("DIR", options->directory, "The directory to back up");
     command.Required("TARGET", options->target, "The directory that takes the versions of the backup");
-    command.Pattern("--filter", options->filter, "Which names, with * and ?");
+    command.Patterns("--filter", options->selection.filters, "Only files with such names");
+    command.Patterns("--exclude", options->selection.excludes, "No files and directories with such names");
     command.Strings("--snapshot", options->snapshots, "VOLUME=DEVICE",
                     "Reads the files of a volume from its snapshot device");
+    command.Flag("--security", options->copy.security, "Also owners and DACLs");
+    command.Number("--retry", options->copy.retries, 1, "How often files in use are tried again, after all others");
+    command.Number("--wait", options->copy.waitSeconds, 0, "Seconds before each retry (default: 0)");
+    command.Number("--keep", options->keep, 1, "Afterwards removes the oldest complete versions but this many");
 }
 
 } // namespace agent

@@ -27,6 +27,9 @@ void AddPendingCommand(CommandSet& commands);
 void AddPlatformCommand(CommandSet& commands);
 void AddResolveCommand(CommandSet& commands);
 void AddRestoreCommand(CommandSet& commands);
+void AddShowCommand(CommandSet& commands);
+void AddVerifyCommand(CommandSet& commands);
+void AddVersionsCommand(CommandSet& commands);
 void AddVolumesCommand(CommandSet& commands);
 
 } // namespace agent

@@ -41,7 +41,7 @@ public:
             return m_report.Finish();
         }
         const bool wholeTree = m_options.filter.empty();
-        const TreeSurvey survey = SurveyTree(m_directory, m_options.filter, m_options.followLinks);
+        const TreeSurvey survey = SurveyTree(m_directory, {m_options.filter, m_options.followLinks});
         Show(survey);
         if (survey.tooDeep) {
             m_report.Fail(m_directory, L"it has more than " + std::to_wstring(kDeepestSurvey) +

@@ -2,12 +2,12 @@
 
 #include "agent/commands/Commands.h"
 
-#include "agent/backup/SourceTree.h"
 #include "agent/console/CommandOptions.h"
 #include "agent/console/Output.h"
 #include "agent/console/Report.h"
 #include "agent/platform/Errors.h"
 #include "agent/platform/Paths.h"
+#include "agent/platform/TreeSurvey.h"
 
 #include <Kestrovane.h>
 
@@ -28,8 +28,7 @@ struct ListOptions {
 // names both.
 void ReportUnreadable(const ListOptions& options, Report& report)
 {
-    const SourceTree tree = ReadSourceTree(Absolute(options.directory), L"*");
-    for (const auto& [directory, reason] : tree.failures) {
+    for (const auto& [directory, reason] : SurveyTree(Absolute(options.directory), {L"", true}).failures) {
         report.Fail(directory, reason);
     }
 }

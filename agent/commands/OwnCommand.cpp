@@ -25,7 +25,7 @@ struct OwnOptions {
 // The library enters links, so they are shown before anything changes.
 bool ShowTree(const std::wstring& path, Report& report)
 {
-    const TreeSurvey survey = SurveyTree(path, L"", true);
+    const TreeSurvey survey = SurveyTree(path, {L"", true});
     report.Set("files", static_cast<std::int64_t>(survey.files.size()));
     report.Set("directories", survey.directories);
     report.Set("links", static_cast<std::int64_t>(survey.links.size()));

@@ -56,6 +56,7 @@ void AddRestoreCommand(CommandSet& commands)
         "When a file that exists is replaced");
     command.Flag("--dry-run", options->dryRun,
                  "Shows what would be done, what is missing and what would not fit, and changes nothing");
+    command.Flag("--security", options->security, "Restores security descriptors, where the backup holds them");
     command.String("--owner", options->owner, "ACCOUNT", "Gives what was restored to this account afterwards");
     command.Flag("--temp-cache", options->temporaryCache,
                  "Cache files of files in use go to the temporary directory, where it is on the same volume");

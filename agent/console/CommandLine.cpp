@@ -38,8 +38,9 @@ public:
         m_app.add_flag("--quiet", m_output.quiet, "No progress, notes or summary: only results and failures");
         CommandOptions(m_app).String("--log", m_output.log, "FILE", "Appends every message to this file");
         for (const auto add :
-             {&AddListCommand, &AddBackupCommand, &AddMapCommand, &AddRestoreCommand, &AddDeleteCommand,
-              &AddVolumesCommand, &AddResolveCommand, &AddOwnCommand, &AddPlatformCommand, &AddPendingCommand}) {
+             {&AddBackupCommand, &AddVersionsCommand, &AddShowCommand, &AddVerifyCommand, &AddRestoreCommand,
+              &AddMapCommand, &AddListCommand, &AddDeleteCommand, &AddVolumesCommand, &AddResolveCommand,
+              &AddOwnCommand, &AddPlatformCommand, &AddPendingCommand}) {
             add(*this);
         }
     }

@@ -71,6 +71,12 @@ void Progress::Watch(const std::wstring& path)
     m_watched = path;
 }
 
+void Progress::AddBytes(std::int64_t bytes)
+{
+    const std::lock_guard lock(m_mutex);
+    m_bytes += bytes;
+}
+
 void Progress::FileDone(std::int64_t bytes)
 {
     const std::lock_guard lock(m_mutex);

@@ -27,7 +27,8 @@ public:
     // A file is being written at `path`. Until it is done, its size counts as progress.
     void Watch(const std::wstring& path);
 
-    void FileDone(std::int64_t bytes);
+    void AddBytes(std::int64_t bytes); // of the file that is being worked on
+    void FileDone(std::int64_t bytes); // those that neither AddBytes nor an earlier call has counted
 
 private:
     void Draw();

@@ -140,7 +140,7 @@ ExitCode Report::Code() const
         return kInterrupted;
     }
     if (!m_failures.empty()) {
-        return m_achieved > 0 ? kDoneInPart : kNothingDone;
+        return m_achieved > 0 && !m_useless ? kDoneInPart : kNothingDone;
     }
     if (m_inPart) {
         return kDoneInPart;

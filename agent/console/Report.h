@@ -47,8 +47,9 @@ public:
     void Add(const std::string& list, const std::wstring& item);
     void AddItem(const std::string& list, const Item& item);
     void SetInterrupted() { m_interrupted = true; }
+    void SetInPart() { m_inPart = true; }   // something was left undone without a failure
+    void SetUseless() { m_useless = true; } // what was achieved cannot be used
     void SetAtRestart() { m_atRestart = true; }
-    void SetInPart() { m_inPart = true; } // something was left out, without a failure
 
     bool HasFailures() const { return !m_failures.empty(); }
 
@@ -74,6 +75,7 @@ private:
     bool m_interrupted = false;
     bool m_atRestart = false;
     bool m_inPart = false;
+    bool m_useless = false;
 };
 
 } // namespace agent

@@ -14,12 +14,6 @@ std::uint64_t Joined(DWORD high, DWORD low)
     return (static_cast<std::uint64_t>(high) << 32U) | low;
 }
 
-FILETIME ToWindows(FileTime time)
-{
-    const auto steps = static_cast<std::uint64_t>(time);
-    return {static_cast<DWORD>(steps & 0xFFFFFFFFU), static_cast<DWORD>(steps >> 32U)};
-}
-
 // Both records of Windows have the same members for this.
 template <typename Data>
 FileInformation FromData(const Data& data)
@@ -33,6 +27,12 @@ FileInformation FromData(const Data& data)
 FileTime FromWindows(const FILETIME& time)
 {
     return static_cast<FileTime>(Joined(time.dwHighDateTime, time.dwLowDateTime));
+}
+
+FILETIME ToWindows(FileTime time)
+{
+    const auto steps = static_cast<std::uint64_t>(time);
+    return {static_cast<DWORD>(steps & 0xFFFFFFFFU), static_cast<DWORD>(steps >> 32U)};
 }
 
 std::optional<FileInformation> ReadInformation(const std::wstring& path)

@@ -24,6 +24,7 @@ struct FileInformation {
 };
 
 FileTime FromWindows(const FILETIME& time);
+FILETIME ToWindows(FileTime time);
 
 // Nothing when there is no such file or directory, or it may not be queried; the last error tells.
 std::optional<FileInformation> ReadInformation(const std::wstring& path);

@@ -20,6 +20,11 @@ std::wstring WithoutTrailingBackslash(std::wstring path)
     return path;
 }
 
+constexpr std::wstring_view kLongPrefix = LR"(\\?\)";
+constexpr std::wstring_view kLongSharePrefix = LR"(\\?\UNC\)";
+constexpr std::wstring_view kSharePrefix = LR"(\\)";
+constexpr std::size_t kLongestDirectory = 247; // characters: Windows keeps a buffer of 260 for a name of 12 in it
+
 } // namespace
 
 std::wstring Join(const std::wstring& directory, const std::wstring& name)
@@ -59,6 +64,26 @@ bool IsSameOrBelow(const std::wstring& path, const std::wstring& directory)
 bool IsTooLong(const std::wstring& path)
 {
     return path.size() >= MAX_PATH;
+}
+
+std::wstring LongForm(const std::wstring& path)
+{
+    if (path.size() <= kLongestDirectory || path.starts_with(kLongPrefix)) {
+        return path;
+    }
+    if (path.starts_with(kSharePrefix)) {
+        return std::wstring(kLongSharePrefix) + path.substr(kSharePrefix.size());
+    }
+    return std::wstring(kLongPrefix) + path;
+}
+
+std::wstring WithoutLongPrefix(const std::wstring& path)
+{
+    if (path.starts_with(kLongSharePrefix)) {
+        return std::wstring(kSharePrefix) + path.substr(kLongSharePrefix.size());
+    }
+    const std::wstring rest = path.starts_with(kLongPrefix) ? path.substr(kLongPrefix.size()) : path;
+    return rest.size() > 1 && rest[1] == L':' ? rest : path; // a volume name needs its prefix
 }
 
 std::wstring TemporaryDirectory()

@@ -22,6 +22,12 @@ bool IsSameOrBelow(const std::wstring& path, const std::wstring& directory);
 // Whether a path is too long for the library and most of Windows, whose buffers take 259 characters.
 bool IsTooLong(const std::wstring& path);
 
+// A path that Windows takes at any length: with its long prefix where it needs one. Absolute paths only.
+std::wstring LongForm(const std::wstring& path);
+
+// A path without its long prefix.
+std::wstring WithoutLongPrefix(const std::wstring& path);
+
 // The directory for temporary files, from the environment, without a trailing backslash.
 std::wstring TemporaryDirectory();
 

@@ -2,68 +2,67 @@
 
 #include "agent/platform/TreeSurvey.h"
 
-#include "agent/platform/FileInformation.h"
-
-#include <Kestrovane.h>
+#include "agent/platform/Patterns.h"
+#include "agent/platform/TreeWalk.h"
 
 namespace agent {
 
 namespace {
 
-class Surveyor {
+class Surveyor : public TreeVisitor {
 public:
-    explicit Surveyor(bool followLinks) : m_followLinks(followLinks) {}
+    explicit Surveyor(const SurveyOptions& options) : m_options(options) {}
 
-    void TakeFiles(const std::wstring& directory, const std::wstring& filter)
+    void OnFile(const TreeEntry& file) override
     {
-        for (const std::wstring& file : ListFilesFilter(directory, filter, true)) {
-            const auto information = ReadInformation(file);
-            m_survey.files.push_back(file);
-            m_survey.bytes += information ? information->size : 0;
-            if (information && information->IsReadOnly()) {
-                m_survey.readOnly.push_back(file);
-            }
+        if (!m_options.filter.empty() && !MatchesPattern(file.component, m_options.filter)) {
+            return;
+        }
+        m_survey.files.push_back(file.path);
+        m_survey.bytes += file.information.size;
+        if (file.information.IsReadOnly()) {
+            m_survey.readOnly.push_back(file.path);
         }
     }
 
-    void TakeTree(const std::wstring& directory, int level)
+    bool OnDirectory(const TreeEntry& directory) override
     {
-        if (level > kDeepestSurvey) {
-            m_survey.tooDeep = true;
-            return;
+        if (!m_options.filter.empty()) {
+            return false; // a filter speaks of the directory itself
         }
+        const bool isLink = directory.information.IsLink();
+        if (isLink) {
+            m_survey.links.push_back(directory.path);
+        }
+        if (isLink && !m_options.followLinks) {
+            return false;
+        }
+        m_survey.tooDeep = m_survey.tooDeep || directory.level >= kDeepestSurvey;
         ++m_survey.directories;
-        TakeFiles(directory, L"*");
-        for (const std::wstring& subdirectory : ListDirecoriesRecursive(directory)) {
-            const auto information = ReadInformation(subdirectory);
-            const bool isLink = information && information->IsLink();
-            if (isLink) {
-                m_survey.links.push_back(subdirectory);
-            }
-            if ((!isLink || m_followLinks) && !m_survey.tooDeep) {
-                TakeTree(subdirectory, level + 1);
-            }
-        }
+        return !m_survey.tooDeep;
+    }
+
+    void OnFailure(const std::wstring& directory, const std::wstring& reason) override
+    {
+        m_survey.failures.emplace_back(directory, reason);
     }
 
     TreeSurvey Result() { return std::move(m_survey); }
 
 private:
-    bool m_followLinks;
+    const SurveyOptions& m_options;
     TreeSurvey m_survey;
 };
 
 } // namespace
 
-TreeSurvey SurveyTree(const std::wstring& directory, const std::wstring& filter, bool followLinks)
+TreeSurvey SurveyTree(const std::wstring& directory, const SurveyOptions& options)
 {
-    Surveyor surveyor(followLinks);
-    if (filter.empty()) {
-        surveyor.TakeTree(directory, 1);
-    } else {
-        surveyor.TakeFiles(directory, filter);
-    }
-    return surveyor.Result();
+    Surveyor surveyor(options);
+    WalkTree(directory, surveyor);
+    TreeSurvey survey = surveyor.Result();
+    survey.directories += options.filter.empty() ? 1 : 0; // the directory itself
+    return survey;
 }
 
 } // namespace agent

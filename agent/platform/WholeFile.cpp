@@ -28,7 +28,7 @@ bool WriteAndFlush(const std::wstring& path, const std::string& content)
 
 bool WriteWholeFile(const std::wstring& path, const std::string& content)
 {
-    const std::wstring fresh = path + L".new";
+    const std::wstring fresh = path + kFreshSuffix;
     if (WriteAndFlush(fresh, content) &&
         ::MoveFileExW(fresh.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
         return true;

@@ -7,6 +7,9 @@
 
 namespace agent {
 
+// What the name of a file has while it is being written.
+constexpr const wchar_t* kFreshSuffix = L".new";
+
 // Replaces the file in one step: the content is written beside it, flushed and renamed, so that a process that is killed
 // leaves the old file or the new one. On failure the last error tells why.
 bool WriteWholeFile(const std::wstring& path, const std::string& content);

@@ -3,23 +3,9 @@
 #include "agent/restore/NameFilter.h"
 
 #include "agent/platform/Paths.h"
-
-#include <Kestrovane.h>
+#include "agent/platform/Patterns.h"
 
 namespace agent {
-
-namespace {
-
-bool Fits(std::wstring name, std::wstring pattern)
-{
-    if (pattern == L"*.*") {
-        return true; // as Windows' own listings have it: names without a dot, too
-    }
-    std::wstring directory = L"\\";
-    return IsFileDescMatch(directory, pattern, false, directory, name, false);
-}
-
-} // namespace
 
 NameFilter::NameFilter(const std::vector<std::wstring>& patterns) : m_patterns(patterns), m_used(patterns.size()) {}
 
@@ -27,7 +13,7 @@ bool NameFilter::Takes(const std::wstring& path)
 {
     bool takes = m_patterns.empty();
     for (std::size_t i = 0; i < m_patterns.size(); ++i) {
-        if (Fits(NameOf(path), m_patterns[i])) {
+        if (MatchesPattern(NameOf(path), m_patterns[i])) {
             m_used[i] = true;
             takes = true;
         }

@@ -2,9 +2,9 @@
 
 #include "agent/restore/NewContent.h"
 
+#include "agent/backup/FileCopy.h"
 #include "agent/platform/Errors.h"
 #include "agent/platform/Handles.h"
-#include "agent/platform/Paths.h"
 
 #include <Kestrovane.h>
 
@@ -17,27 +17,20 @@ UniqueHandle OpenForReading(const std::wstring& path)
     return Own(::CreateFileW(path.c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr));
 }
 
-bool IsVolumeFull(const std::wstring& path, std::int64_t size)
+// The library opens both files exclusively, and does not tell why a write stored only a part of a block.
+std::optional<RestoreFailure> Copy(const std::wstring& source, const std::wstring& path, const std::wstring& target)
 {
-    ULARGE_INTEGER available = {};
-    return ::GetDiskFreeSpaceExW(ParentOf(path).c_str(), &available, nullptr, nullptr) &&
-           available.QuadPart < static_cast<ULONGLONG>(size);
-}
-
-// A write that stores only a part of a block fails without an error of its own; the last error is then an older one.
-RestoreFailure WhyNotCopied(const std::wstring& source, const std::wstring& path, const ManifestFile& file,
-                            const std::wstring& target, DWORD error)
-{
+    if (DoCopyComponentFile(source, path) != 0) {
+        return std::nullopt;
+    }
+    const CopyResult result = CopyWithSharing(source, path);
+    if (result.isCopied) {
+        return std::nullopt;
+    }
     if (OpenForReading(source) == nullptr) {
-        return {source, LastReason()};
+        return RestoreFailure{source, LastReason()};
     }
-    if (IsVolumeFull(path, file.digest.size)) {
-        return {target, SystemReason(ERROR_DISK_FULL)};
-    }
-    if (error == ERROR_ALREADY_EXISTS || error == ERROR_SUCCESS) {
-        return {target, L"its new content could not be written to the end"};
-    }
-    return {error == ERROR_SHARING_VIOLATION ? source : target, SystemReason(error)};
+    return RestoreFailure{target, SystemReason(result.error)};
 }
 
 RestoreFailure WhyDifferent(const std::wstring& source, const ManifestFile& file, const std::wstring& target)
@@ -60,8 +53,8 @@ bool Flush(const std::wstring& path)
 std::optional<RestoreFailure> WriteVerified(const std::wstring& source, const std::wstring& path,
                                             const ManifestFile& file, const std::wstring& target)
 {
-    if (DoCopyComponentFile(source, path) == 0) {
-        return WhyNotCopied(source, path, file, target, ::GetLastError());
+    if (auto failure = Copy(source, path, target)) {
+        return failure;
     }
     if (!Flush(path)) {
         return RestoreFailure{target, LastReason()};

@@ -5,6 +5,7 @@
 #include "agent/platform/Errors.h"
 #include "agent/platform/Paths.h"
 #include "agent/platform/Volumes.h"
+#include "agent/restore/KeptProperties.h"
 
 #include <Kestrovane.h>
 
@@ -93,6 +94,9 @@ RebootReplacement::Result RebootReplacement::Fill(const RestoreStep& step, DWORD
     }
     if (auto failure = WriteVerified(step.source, cache.Path(), step.file, target)) {
         return {{}, std::move(failure)};
+    }
+    if (const auto lost = KeepProperties(target, cache.Path())) {
+        return Failed(step, *lost);
     }
     if (!MoveCacheFile(cache.Path(), target)) {
         return Failed(step, L"its replacement cannot be registered, which takes an administrator: " + LastReason());

@@ -4,6 +4,8 @@
 
 #include "agent/platform/Errors.h"
 #include "agent/platform/Handles.h"
+#include "agent/platform/Security.h"
+#include "agent/restore/KeptProperties.h"
 
 namespace agent {
 
@@ -18,7 +20,10 @@ public:
     ~StagedFile()
     {
         if (!m_isPlaced) {
+            const DWORD error = ::GetLastError();
+            ::SetFileAttributesW(m_path.c_str(), FILE_ATTRIBUTE_NORMAL); // a read-only file cannot be deleted
             ::DeleteFileW(m_path.c_str());
+            ::SetLastError(error);
         }
     }
     StagedFile(const StagedFile&) = delete;
@@ -26,20 +31,12 @@ public:
 
     const std::wstring& Path() const { return m_path; }
 
-    // Takes the place of a file. On failure the last error tells why, and the target is as it was.
-    bool Exchange(const std::wstring& target)
+    // Takes the target's place in one step: there is no moment without a whole file. ReplaceFileW has one, between the removal
+    // of the old file and the move of the new one. On failure the last error tells why, and the target is as it was.
+    bool TakePlace(const std::wstring& target, bool replaces)
     {
-        m_isPlaced = ::ReplaceFileW(target.c_str(), m_path.c_str(), nullptr, 0, nullptr, nullptr) != FALSE;
-        if (!m_isPlaced && ::GetLastError() == ERROR_UNABLE_TO_MOVE_REPLACEMENT) {
-            return Insert(target); // the old file is gone by then
-        }
-        return m_isPlaced;
-    }
-
-    // Takes a place where no file is.
-    bool Insert(const std::wstring& target)
-    {
-        m_isPlaced = ::MoveFileExW(m_path.c_str(), target.c_str(), MOVEFILE_WRITE_THROUGH) != FALSE;
+        const DWORD flags = MOVEFILE_WRITE_THROUGH | (replaces ? MOVEFILE_REPLACE_EXISTING : 0);
+        m_isPlaced = ::MoveFileExW(m_path.c_str(), target.c_str(), flags) != FALSE;
         return m_isPlaced;
     }
 
@@ -48,8 +45,7 @@ private:
     bool m_isPlaced = false;
 };
 
-// Makes a read-only file writable for one scope. Whatever the scope's outcome, the attribute is set again on the file that is
-// there at the end, unless it was replaced by one with attributes of its own.
+// Clears the read-only attribute of a file for one scope. The attribute is set again at the end, unless the file was replaced.
 class WritableScope {
 public:
     explicit WritableScope(const RestoreStep& step)
@@ -110,8 +106,20 @@ ReplacementResult Replacement::Replace(const RestoreStep& step)
     }
     if (result.outcome != Outcome::kFailed) {
         writable.KeepWritable(); // a move at the reboot does not replace a read-only file
+        RestoreSecurity(step, result);
     }
     return result;
+}
+
+// The last step, because the process may have no access afterwards.
+void Replacement::RestoreSecurity(const RestoreStep& step, ReplacementResult& result) const
+{
+    if (!m_withSecurity || step.file.security.empty()) {
+        return;
+    }
+    if (const auto reason = WriteSecurity(result.written, step.file.security)) {
+        result.failure = {step.target.path, *reason};
+    }
 }
 
 ReplacementResult Replacement::ReplaceNow(const RestoreStep& step)
@@ -124,19 +132,17 @@ ReplacementResult Replacement::ReplaceNow(const RestoreStep& step)
     if (auto failure = WriteVerified(step.source, staged.Path(), step.file, target)) {
         return Failed(std::move(*failure));
     }
-    const DWORD attributes = AttributesFor(step);
-    const DWORD readOnly =
-        attributes & FILE_ATTRIBUTE_READONLY; // set last, because it would keep the file from its place
-    SetInformation(staged.Path(), step.file.created, step.file.modified, attributes & ~readOnly);
-    if (!(step.replaces ? staged.Exchange(target) : staged.Insert(target))) {
+    const auto lost = step.replaces ? KeepProperties(target, staged.Path()) : std::nullopt;
+    if (lost) {
+        return Failed({target, *lost});
+    }
+    const FileTime created = step.file.created != 0 ? step.file.created : step.present.created;
+    if (!SetInformation(staged.Path(), created, step.file.modified, AttributesFor(step)) ||
+        !staged.TakePlace(target, step.replaces)) {
         return Failed({target, LastReason()});
     }
     ReplacementResult result{Outcome::kNow, std::nullopt, target};
-    // A file that was replaced has passed its creation time and attributes on.
-    if ((step.replaces || readOnly != 0) &&
-        !SetInformation(target, step.file.created, step.file.modified, attributes)) {
-        result.failure = {target, L"its times and attributes could not be restored: " + LastReason()};
-    } else if (const auto reason = m_reboot.TakeBackEarlier(target)) {
+    if (const auto reason = m_reboot.TakeBackEarlier(target)) {
         result.failure = {target, *reason};
     }
     return result;

@@ -22,8 +22,12 @@ struct ReplacementResult {
 
 class Replacement {
 public:
-    // `record` and `reboot` must outlive this.
-    Replacement(const RestoreRecord& record, RebootReplacement& reboot) : m_record(record), m_reboot(reboot) {}
+    // `record` and `reboot` must outlive this. With `withSecurity`, files get the security descriptors of the manifest; without,
+    // they keep those of the files that they replace.
+    Replacement(const RestoreRecord& record, RebootReplacement& reboot, bool withSecurity)
+        : m_record(record), m_reboot(reboot), m_withSecurity(withSecurity)
+    {
+    }
 
     // A file that another program has open is replaced at the next reboot. A process that is killed meanwhile leaves the whole
     // old or the whole new file. Earlier registrations for the same target are taken back.
@@ -32,9 +36,11 @@ public:
 private:
     ReplacementResult ReplaceNow(const RestoreStep& step);
     ReplacementResult ReplaceAtReboot(const RestoreStep& step);
+    void RestoreSecurity(const RestoreStep& step, ReplacementResult& result) const;
 
     const RestoreRecord& m_record;
     RebootReplacement& m_reboot;
+    bool m_withSecurity;
 };
 
 } // namespace agent

@@ -93,11 +93,24 @@ void Restore::Execute(const RestorePlan& plan)
     if (!reboot.Problem().empty()) {
         m_report.Note(L"what is registered for the reboot is not known: " + reboot.Problem());
     }
-    Replacement replacement(record, reboot);
+    Replacement replacement(record, reboot, m_options.security);
     CreateDirectories(plan, directories);
     RestoreFiles(plan, replacement);
     GiveOwners();
-    m_directories.Finish(plan.directories, m_options.overwrite == Overwrite::kAlways, m_report);
+    m_directories.Finish(plan.directories, m_options, m_report);
+    ReportMissingSecurity(plan);
+}
+
+void Restore::ReportMissingSecurity(const RestorePlan& plan)
+{
+    const auto missing = std::count_if(plan.steps.begin(), plan.steps.end(),
+                                       [](const RestoreStep& step) { return step.file.security.empty(); });
+    if (m_options.security && missing > 0) {
+        m_report.Set("withoutSecurity", missing);
+        m_report.Note(L"the backup holds no security descriptors for " + std::to_wstring(missing) +
+                      L" files; `backup --security` stores them");
+        m_report.SetInPart();
+    }
 }
 
 void Restore::CreateDirectories(const RestorePlan& plan, const DirectorySet& withFiles)

@@ -32,6 +32,7 @@ private:
     bool Prepare(const RestorePlan& plan, const RestoreStep& step);
     void CountFile(const RestoreStep& step, const ReplacementResult& result);
     void GiveOwners();
+    void ReportMissingSecurity(const RestorePlan& plan);
 
     const RestoreOptions& m_options;
     Report m_report{"restore"};

@@ -5,9 +5,9 @@
 #include "agent/console/Output.h"
 #include "agent/platform/IgnoringCase.h"
 #include "agent/platform/Paths.h"
+#include "agent/restore/NameFilter.h"
 #include "agent/restore/PresentFiles.h"
 #include "agent/restore/RestoreRecord.h"
-#include "agent/restore/NameFilter.h"
 
 #include <algorithm>
 #include <set>

@@ -5,11 +5,30 @@
 #include "agent/platform/Directories.h"
 #include "agent/platform/Errors.h"
 #include "agent/platform/Paths.h"
+#include "agent/platform/Security.h"
 #include "agent/restore/NewContent.h"
 
 #include <algorithm>
 
 namespace agent {
+
+namespace {
+
+void FinishOne(const std::wstring& path, const ManifestDirectory& known, bool withSecurity, Report& report)
+{
+    const DWORD attributes =
+        known.attributes == 0 ? 0 : FILE_ATTRIBUTE_DIRECTORY | (known.attributes & kRestoredAttributes);
+    if (!SetInformation(path, known.created, known.modified, attributes)) {
+        report.Fail(path, L"its times and attributes could not be restored: " + LastReason());
+    }
+    if (withSecurity && !known.security.empty()) {
+        if (const auto reason = WriteSecurity(path, known.security)) {
+            report.Fail(path, *reason);
+        }
+    }
+}
+
+} // namespace
 
 std::optional<std::wstring> TargetDirectories::Prepare(const std::wstring& directory, const std::wstring& bound)
 {
@@ -39,20 +58,15 @@ bool TargetDirectories::IsInCreated(const std::wstring& path) const
                        [&](const std::wstring& directory) { return IsSameOrBelow(path, directory); });
 }
 
-void TargetDirectories::Finish(const std::vector<DirectoryStep>& steps, bool existing, Report& report) const
+void TargetDirectories::Finish(const std::vector<DirectoryStep>& steps, const RestoreOptions& options,
+                               Report& report) const
 {
     for (auto step = steps.rbegin(); step != steps.rend(); ++step) {
         const std::wstring& path = step->target.path;
-        const ManifestDirectory& known = step->directory;
         const auto prepared = m_prepared.find(path);
         const bool isThere = prepared != m_prepared.end() && !prepared->second;
-        if (!isThere || (!existing && !IsInCreated(path))) {
-            continue;
-        }
-        const DWORD attributes =
-            known.attributes == 0 ? 0 : FILE_ATTRIBUTE_DIRECTORY | (known.attributes & kRestoredAttributes);
-        if (!SetInformation(path, known.created, known.modified, attributes)) {
-            report.Fail(path, L"its times and attributes could not be restored: " + LastReason());
+        if (isThere && (options.overwrite == Overwrite::kAlways || IsInCreated(path))) {
+            FinishOne(path, step->directory, options.security, report);
         }
     }
 }

@@ -22,9 +22,9 @@ public:
     const std::vector<std::wstring>& Created() const { return m_created; }
     bool IsInCreated(const std::wstring& path) const;
 
-    // Restores times and attributes, innermost first, because work in a directory changes its times. Those of directories
-    // that were there already are restored when `existing` is true.
-    void Finish(const std::vector<DirectoryStep>& steps, bool existing, Report& report) const;
+    // Restores times and attributes, and with --security the security descriptors; innermost first, because work in a directory
+    // changes its times. Directories that were there already are left alone unless existing files may be overwritten, too.
+    void Finish(const std::vector<DirectoryStep>& steps, const RestoreOptions& options, Report& report) const;
 
 private:
     std::optional<std::wstring> Create(const std::wstring& directory, const std::wstring& bound);

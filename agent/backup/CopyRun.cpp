@@ -1,0 +1,209 @@
+// The files of one backup.
+
+#include "agent/backup/CopyRun.h"
+
+#include "agent/console/Interrupt.h"
+#include "agent/platform/Errors.h"
+#include "agent/platform/Paths.h"
+#include "agent/platform/Security.h"
+#include "agent/platform/Streams.h"
+
+#include <algorithm>
+
+namespace agent {
+
+namespace {
+
+constexpr std::size_t kMostRunning = 64;          // copies that wait for their digests
+constexpr std::int64_t kWatchedSize = 8LL << 20U; // bytes: the copy of a smaller file takes no time to watch
+constexpr DWORD kPollInterval = 100;              // milliseconds
+constexpr DWORD kPollsPerSecond = 1000 / kPollInterval;
+
+bool IsInUse(DWORD error)
+{
+    return error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION;
+}
+
+bool IsFull(DWORD error)
+{
+    return error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL;
+}
+
+} // namespace
+
+CopyRun::CopyRun(const std::wstring& folder, const FormerVersion& former, const CopyOptions& options,
+                 Manifest& manifest, Report& report)
+    : m_folder(folder),
+      m_former(former),
+      m_options(options),
+      m_manifest(manifest),
+      m_report(report),
+      m_retriesLeft(options.retries)
+{
+}
+
+void CopyRun::Copy(const std::vector<TreeEntry>& files, StoredNames& names, Progress& progress)
+{
+    std::int64_t left = static_cast<std::int64_t>(files.size());
+    for (const TreeEntry& file : files) {
+        if (IsInterrupted() || m_isFull) {
+            break;
+        }
+        const std::wstring stored = names.Add(file.name);
+        const std::wstring target = Join(m_folder, stored);
+        if (file.information.size >= kWatchedSize) {
+            progress.Watch(target);
+        }
+        Begin({&file, stored, target, m_former.Find(file.name), {}, false, false});
+        progress.FileDone(file.information.size);
+        --left;
+        Settle(kMostRunning);
+    }
+    Settle(0);
+    while (m_retriesLeft > 0 && !m_inUse.empty() && !IsInterrupted()) {
+        Retry(progress);
+    }
+    if (m_isFull && left > 0) {
+        m_report.Fail(m_folder, std::to_wstring(left) + L" files are not backed up, because the volume is full", left);
+    }
+}
+
+void CopyRun::Begin(Step step)
+{
+    const auto information = ReadInformation(step.source->path);
+    if (!information) {
+        FailCopy(step, ::GetLastError());
+        return;
+    }
+    step.before = *information;
+    if (IsTooLong(step.target)) {
+        m_report.Fail(step.source->path, L"the path of its copy has more than 259 characters");
+    } else if (!LinkUnchanged(step)) {
+        CopyStep(std::move(step));
+    }
+}
+
+bool CopyRun::LinkUnchanged(const Step& step)
+{
+    if (step.former == nullptr || !m_former.HoldsUnchanged(*step.former, step.before)) {
+        return false;
+    }
+    if (!::CreateHardLinkW(step.target.c_str(), m_former.CopyOf(*step.former).c_str(), nullptr)) {
+        return false; // the volume has no links, or the file too many
+    }
+    Record(step, step.former->digest);
+    return true;
+}
+
+void CopyRun::CopyStep(Step step)
+{
+    const CopyResult result = CopyFileIntoBackup(step.source->path, step.target);
+    step.isShared = result.isShared;
+    if (result.isCopied) {
+        auto digest = m_digests.Start(step.target);
+        m_running.push_back({std::move(step), std::move(digest)});
+    } else if (IsInUse(result.error) && m_retriesLeft > 0) {
+        m_inUse.push_back(std::move(step));
+    } else {
+        FailCopy(step, result.error);
+    }
+}
+
+void CopyRun::Retry(Progress& progress)
+{
+    if (!WaitForRetry()) {
+        return;
+    }
+    --m_retriesLeft;
+    for (Step& step : std::exchange(m_inUse, {})) {
+        m_report.Count("retried");
+        progress.Watch(step.target);
+        Begin(std::move(step));
+    }
+    Settle(0);
+}
+
+// Returns whether the time has passed without an interrupt.
+bool CopyRun::WaitForRetry() const
+{
+    for (DWORD poll = 0; poll < static_cast<DWORD>(m_options.waitSeconds) * kPollsPerSecond; ++poll) {
+        if (IsInterrupted()) {
+            return false;
+        }
+        ::Sleep(kPollInterval);
+    }
+    return !IsInterrupted();
+}
+
+void CopyRun::Settle(std::size_t mostRunning)
+{
+    while (m_running.size() > mostRunning) {
+        Running running = std::move(m_running.front());
+        m_running.pop_front();
+        Check(std::move(running.step), running.digest.get());
+    }
+}
+
+// The library's copy ends with success also when a read error cuts it short.
+void CopyRun::Check(Step step, DigestResult result)
+{
+    if (!result.digest) {
+        FailCopy(step, result.error);
+        return;
+    }
+    const auto after = ReadInformation(step.source->path);
+    const std::int64_t size = result.digest->size;
+    if (step.isShared || size == step.before.size || (after && size == after->size)) {
+        Record(step, *result.digest);
+        return;
+    }
+    const CopyResult again = CopyWithSharing(step.source->path, step.target);
+    const auto digest = again.isCopied ? DigestFile(step.target) : std::nullopt;
+    if (digest) {
+        step.isShared = true;
+        Record(step, *digest);
+    } else {
+        FailCopy(step, again.isCopied ? ::GetLastError() : again.error);
+    }
+}
+
+void CopyRun::Record(const Step& step, const FileDigest& digest)
+{
+    const FileInformation& before = step.before;
+    ManifestFile file{step.source->name, step.stored, digest, before.created, before.modified, before.attributes, {}};
+    if (m_options.security) {
+        const auto security = ReadSecurity(step.source->path);
+        if (!security) {
+            m_report.Fail(step.source->path, L"its security descriptor cannot be read: " + LastReason());
+        }
+        file.security = security.value_or(L"");
+    }
+    const bool isSame = step.former != nullptr && step.former->digest == digest;
+    m_report.Count(step.former == nullptr ? "new" : isSame ? "unchanged" : "changed");
+    m_report.Count("copiedInUse", step.isShared ? 1 : 0);
+    m_report.Count("files");
+    m_report.Count("bytes", digest.size);
+    m_report.CountAchieved();
+    m_manifest.files.push_back(std::move(file));
+    NoteStreams(*step.source);
+}
+
+void CopyRun::NoteStreams(const TreeEntry& source)
+{
+    for (const std::wstring& stream : ListNamedStreams(source.path)) {
+        m_manifest.notBackedUp.push_back(source.name + stream);
+        m_report.Add("notBackedUp", source.path + stream);
+        m_report.Note(source.path + stream + L" is a named stream, which is not backed up");
+    }
+}
+
+void CopyRun::FailCopy(const Step& step, DWORD error)
+{
+    ::DeleteFileW(step.target.c_str());
+    m_isFull = m_isFull || IsFull(error);
+    const wchar_t* advice =
+        IsInUse(error) ? L"; it is in use: --retry N --wait S tries again, --snapshot reads past it" : L"";
+    m_report.Fail(step.source->path, SystemReason(error) + advice);
+}
+
+} // namespace agent
