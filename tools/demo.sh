@@ -111,7 +111,7 @@ kill_restore() {
     local before file pid
     before=$(identical "$live")
     rm -rf "$work/damaged" && cp -a "$live" "$work/damaged"
-    agent restore 'D:\Demo\Backup' >"$work/killed.log" 2>&1 &
+    "$root/tools/wine.sh" "$agent" restore 'D:\Demo\Backup' >"$work/killed.log" 2>&1 & # no function: its shell would be killed
     pid=$!
     for _ in {1..2000}; do
         sleep 0.01
@@ -132,11 +132,16 @@ kill_restore() {
 choose_mappings() {
     awk -F/ 'NF > 1 { count[$1]++ } END { for (name in count) print count[name], name }' "$work/files" | sort -rn >"$work/directories"
     directory=$(awk -v total="$(wc -l <"$work/files")" '$1 <= total / 3 { sub(/^[0-9]+ /, ""); print; exit }' "$work/directories")
-    directory=${directory:-no such directory}
     extension=$(awk -F/ -v skipped="$directory" '$1 != skipped && match(tolower($NF), /\.[a-z0-9]+$/) {
             count[substr(tolower($NF), RSTART)]++ }
         END { for (name in count) print count[name], name }' "$work/files" | sort -rn | awk 'NR == 1 { print $2 }')
-    extension=${extension:-.none}
+    mappings=()
+    if [[ -n $directory ]]; then
+        mappings+=(--map-from "C:\\Demo\\Live\\${directory//\//\\}" --map-to 'D:\Demo\Restored\tree' --map-recursive)
+    fi
+    if [[ -n $extension ]]; then
+        mappings+=(--map-from 'C:\Demo\Live' --map-to 'D:\Demo\Restored\by-name' --map-spec "*$extension" --map-recursive)
+    fi
 }
 
 # Deletes every third file of the live copy, cuts another third and overwrites the last.
@@ -155,9 +160,9 @@ damage_live() {
 # Prints where a file must be after the restore.
 place_of() {
     local lower=${1,,}
-    if [[ $1 == "$directory"/* ]]; then
+    if [[ -n $directory && $1 == "$directory"/* ]]; then
         printf '%s' "$other/tree/${1#*/}"
-    elif [[ $lower == *"$extension" ]]; then
+    elif [[ -n $extension && $lower == *"$extension" ]]; then
         printf '%s' "$other/by-name/$1"
     else
         printf '%s' "$live/$1"
@@ -247,7 +252,7 @@ echo "Killed after $restored_before_kill of $total files; every file is a whole 
 say "The next restore repairs it"
 agent restore 'D:\Demo\Backup' --at "$first"
 [[ $(identical "$live") -eq $total ]] || fail "the restore after the kill is not complete"
-[[ -z $(find "$live" -name 'kv*.new') ]] || fail "the killed restore has left a file"
+[[ -z $(find "$live" -name 'kv????????????.*') ]] || fail "the killed restore has left a file"
 
 say "Damaging the live files once more"
 damage_live
@@ -259,9 +264,8 @@ for file in "${held[@]}"; do
 done
 
 say "Restoring: '$directory' and all below it to D:\\Demo\\Restored\\tree, *$extension to D:\\Demo\\Restored\\by-name, the rest in place"
-expect $((${#held[@]} > 0 ? 4 : 0)) agent restore 'D:\Demo\Backup' --at "$first" --unmapped in-place \
-    --map-from "C:\\Demo\\Live\\${directory//\//\\}" --map-to 'D:\Demo\Restored\tree' --map-recursive \
-    --map-from 'C:\Demo\Live' --map-to 'D:\Demo\Restored\by-name' --map-spec "*$extension" --map-recursive
+expect $((${#held[@]} > 0 ? 4 : 0)) agent restore 'D:\Demo\Backup' --at "$first" \
+    --unmapped in-place "${mappings[@]}"
 
 say "Registered for the next reboot"
 agent pending

@@ -77,13 +77,20 @@ private:
             } else if (isFile) {
                 DeleteCacheFile(path);
             } else if (line.starts_with(kDirectoryLine)) {
-                Remove(Join(path, StagingName(record.token)));
+                DeleteStagedFiles(path, record.token);
             } else if (&line == &record.lines.back()) {
                 DeleteEmptyCacheFiles(path, record.written);
             }
         }
         if (isDone) {
             ::DeleteFileW(record.path.c_str());
+        }
+    }
+
+    void DeleteStagedFiles(const std::wstring& directory, const std::wstring& token)
+    {
+        for (std::size_t i = 0; i < kMostStagedFiles; ++i) {
+            Remove(Join(directory, StagingName(token, i)));
         }
     }
 

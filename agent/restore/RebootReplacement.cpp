@@ -92,7 +92,11 @@ RebootReplacement::Result RebootReplacement::Fill(const RestoreStep& step, DWORD
     if (!IsSameVolume(cache.Path(), target)) {
         return Failed(step, L"its cache file " + cache.Path() + L" is on another volume");
     }
-    if (auto failure = WriteVerified(step.source, cache.Path(), step.file, target)) {
+    auto failure = WriteNewContent(step.source, cache.Path(), target);
+    if (!failure) {
+        failure = VerifyNewContent(step.source, cache.Path(), step.file, target, Durability::kFlushed);
+    }
+    if (failure) {
         return {{}, std::move(failure)};
     }
     if (const auto lost = KeepProperties(target, cache.Path())) {

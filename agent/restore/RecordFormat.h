@@ -26,10 +26,13 @@ inline std::wstring RecordFolder()
     return length == 0 || length >= MAX_PATH ? std::wstring() : Join(folder, L"Kestrovane\\Restores");
 }
 
-// The name under which a restore writes new content.
-inline std::wstring StagingName(const std::wstring& token)
+// How many files a restore is writing or verifying at the same time: as many as keep the disk busy.
+constexpr std::size_t kMostStagedFiles = 32;
+
+// The names under which a restore writes new content.
+inline std::wstring StagingName(const std::wstring& token, std::size_t number)
 {
-    return L"kv" + token + L".new";
+    return L"kv" + token + L"." + std::to_wstring(number);
 }
 
 } // namespace agent

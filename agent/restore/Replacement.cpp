@@ -6,12 +6,17 @@
 #include "agent/platform/Handles.h"
 #include "agent/platform/Security.h"
 #include "agent/restore/KeptProperties.h"
+#include "agent/restore/RecordFormat.h"
+
+#include <memory>
 
 namespace agent {
 
 namespace {
 
 using Outcome = ReplacementResult::Outcome;
+
+constexpr std::size_t kWorkers = 8; // with more, small files are restored no faster
 
 // A staged file is deleted at the end of the scope, unless it has taken the target's place.
 class StagedFile {
@@ -35,7 +40,7 @@ public:
     // of the old file and the move of the new one. On failure the last error tells why, and the target is as it was.
     bool TakePlace(const std::wstring& target, bool replaces)
     {
-        const DWORD flags = MOVEFILE_WRITE_THROUGH | (replaces ? MOVEFILE_REPLACE_EXISTING : 0);
+        const DWORD flags = replaces ? MOVEFILE_WRITE_THROUGH | MOVEFILE_REPLACE_EXISTING : 0;
         m_isPlaced = ::MoveFileExW(m_path.c_str(), target.c_str(), flags) != FALSE;
         return m_isPlaced;
     }
@@ -65,7 +70,7 @@ public:
     WritableScope(const WritableScope&) = delete;
     WritableScope& operator=(const WritableScope&) = delete;
 
-    void KeepWritable() { m_changed = false; }
+    void LeaveAsItIs() { m_changed = false; }
 
 private:
     const RestoreStep& m_step;
@@ -73,11 +78,20 @@ private:
 };
 
 // Access that is denied is another matter: no reboot would change that.
-bool IsInUse(const std::wstring& path)
+bool IsInUse(const RestoreStep& step)
 {
-    const UniqueHandle file =
-        Own(::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    if (!step.replaces) {
+        return false;
+    }
+    const WritableScope writable(step);
+    const UniqueHandle file = Own(::CreateFileW(step.target.path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                                FILE_FLAG_BACKUP_SEMANTICS, nullptr));
     return file == nullptr && ::GetLastError() == ERROR_SHARING_VIOLATION;
+}
+
+std::wstring WhyNotPlaced(DWORD error)
+{
+    return error == ERROR_ALREADY_EXISTS ? L"a file has appeared there since the restore began" : SystemReason(error);
 }
 
 ReplacementResult Failed(RestoreFailure failure)
@@ -93,43 +107,12 @@ DWORD AttributesFor(const RestoreStep& step)
     return known != 0 && restored == 0 ? FILE_ATTRIBUTE_NORMAL : restored;
 }
 
-} // namespace
-
-ReplacementResult Replacement::Replace(const RestoreStep& step)
-{
-    WritableScope writable(step);
-    const bool wasInUse = step.replaces && IsInUse(step.target.path);
-    ReplacementResult result = wasInUse ? ReplaceAtReboot(step) : ReplaceNow(step);
-    const bool failed = result.outcome == Outcome::kFailed;
-    if (failed && !wasInUse && step.replaces && IsInUse(step.target.path)) {
-        result = ReplaceAtReboot(step); // it was opened meanwhile
-    }
-    if (result.outcome != Outcome::kFailed) {
-        writable.KeepWritable(); // a move at the reboot does not replace a read-only file
-        RestoreSecurity(step, result);
-    }
-    return result;
-}
-
-// The last step, because the process may have no access afterwards.
-void Replacement::RestoreSecurity(const RestoreStep& step, ReplacementResult& result) const
-{
-    if (!m_withSecurity || step.file.security.empty()) {
-        return;
-    }
-    if (const auto reason = WriteSecurity(result.written, step.file.security)) {
-        result.failure = {step.target.path, *reason};
-    }
-}
-
-ReplacementResult Replacement::ReplaceNow(const RestoreStep& step)
+// Runs on a worker thread, and calls nothing of the library's.
+ReplacementResult VerifyAndPlace(const RestoreStep& step, StagedFile& staged)
 {
     const std::wstring& target = step.target.path;
-    if (!IsConfined(target, step.target.bound)) {
-        return Failed({target, L"it would leave " + step.target.bound});
-    }
-    StagedFile staged(m_record.StagingPath(step.stagingDirectory));
-    if (auto failure = WriteVerified(step.source, staged.Path(), step.file, target)) {
+    const Durability durability = step.replaces ? Durability::kFlushed : Durability::kUnflushed;
+    if (auto failure = VerifyNewContent(step.source, staged.Path(), step.file, target, durability)) {
         return Failed(std::move(*failure));
     }
     const auto lost = step.replaces ? KeepProperties(target, staged.Path()) : std::nullopt;
@@ -137,23 +120,103 @@ ReplacementResult Replacement::ReplaceNow(const RestoreStep& step)
         return Failed({target, *lost});
     }
     const FileTime created = step.file.created != 0 ? step.file.created : step.present.created;
+    WritableScope writable(step);
     if (!SetInformation(staged.Path(), created, step.file.modified, AttributesFor(step)) ||
         !staged.TakePlace(target, step.replaces)) {
-        return Failed({target, LastReason()});
+        return Failed({target, WhyNotPlaced(::GetLastError())});
     }
-    ReplacementResult result{Outcome::kNow, std::nullopt, target};
-    if (const auto reason = m_reboot.TakeBackEarlier(target)) {
-        result.failure = {target, *reason};
+    writable.LeaveAsItIs();
+    return {Outcome::kNow, std::nullopt, target};
+}
+
+} // namespace
+
+Replacement::Replacement(RestoreRecord& record, RebootReplacement& reboot, bool withSecurity, OnResult onResult)
+    : m_record(record),
+      m_reboot(reboot),
+      m_withSecurity(withSecurity),
+      m_onResult(std::move(onResult)),
+      m_threads(kWorkers)
+{
+}
+
+void Replacement::Add(const RestoreStep& step)
+{
+    std::future<ReplacementResult> later;
+    ReplacementResult now = Start(step, later);
+    if (!later.valid()) {
+        std::promise<ReplacementResult> done;
+        done.set_value(std::move(now));
+        later = done.get_future();
     }
-    return result;
+    m_works.push_back({&step, std::move(later)});
+    if (m_works.size() == kMostStagedFiles) { // the next one takes the staging name of the oldest
+        FinishOldest();
+    }
+}
+
+void Replacement::Finish()
+{
+    while (!m_works.empty()) {
+        FinishOldest();
+    }
+}
+
+// Writes the new content. The result comes later, unless the file failed or is in use.
+ReplacementResult Replacement::Start(const RestoreStep& step, std::future<ReplacementResult>& later)
+{
+    if (!IsConfined(step.target.path, step.target.bound)) {
+        return Failed({step.target.path, L"it would leave " + step.target.bound});
+    }
+    if (IsInUse(step)) {
+        return ReplaceAtReboot(step);
+    }
+    const auto staged = std::make_shared<StagedFile>(m_record.NextStagingPath(step.stagingDirectory));
+    if (auto failure = WriteNewContent(step.source, staged->Path(), step.target.path)) {
+        return Failed(std::move(*failure));
+    }
+    const auto task = std::make_shared<std::packaged_task<ReplacementResult()>>(
+        [&step, staged] { return VerifyAndPlace(step, *staged); });
+    later = task->get_future();
+    m_threads.Add([task] { (*task)(); });
+    return {};
+}
+
+void Replacement::FinishOldest()
+{
+    Work work = std::move(m_works.front());
+    m_works.pop_front();
+    ReplacementResult result = work.result.get();
+    if (result.outcome == Outcome::kFailed && IsInUse(*work.step)) {
+        result = ReplaceAtReboot(*work.step); // it was opened meanwhile
+    }
+    Complete(*work.step, result);
+    m_onResult(*work.step, result);
+}
+
+// Security comes last, because the process may have no access afterwards.
+void Replacement::Complete(const RestoreStep& step, ReplacementResult& result)
+{
+    std::optional<std::wstring> reason;
+    if (result.outcome == Outcome::kNow) {
+        reason = m_reboot.TakeBackEarlier(step.target.path);
+    }
+    if (result.outcome != Outcome::kFailed && m_withSecurity && !step.file.security.empty() && !reason) {
+        reason = WriteSecurity(result.written, step.file.security);
+    }
+    if (reason) {
+        result.failure = {step.target.path, *reason};
+    }
 }
 
 ReplacementResult Replacement::ReplaceAtReboot(const RestoreStep& step)
 {
+    WritableScope writable(step);
     auto registered = m_reboot.Register(step, AttributesFor(step));
     if (registered.failure && registered.cacheFile.empty()) {
         return Failed(std::move(*registered.failure));
     }
+    writable.LeaveAsItIs(); // a move at the reboot does not replace a read-only file
     return {Outcome::kAtReboot, std::move(registered.failure), registered.cacheFile};
 }
 

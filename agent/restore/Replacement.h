@@ -1,4 +1,4 @@
-// Restoring one file: new content is written beside the target and takes its place in one step, now or at the next reboot.
+// Restoring files: new content is written beside each target and takes its place in one step, now or at the next reboot.
 
 #pragma once
 
@@ -6,7 +6,11 @@
 #include "agent/restore/RebootReplacement.h"
 #include "agent/restore/RestorePlan.h"
 #include "agent/restore/RestoreRecord.h"
+#include "agent/restore/WorkerThreads.h"
 
+#include <deque>
+#include <functional>
+#include <future>
 #include <optional>
 #include <string>
 
@@ -22,25 +26,36 @@ struct ReplacementResult {
 
 class Replacement {
 public:
+    using OnResult = std::function<void(const RestoreStep& step, const ReplacementResult& result)>;
+
     // `record` and `reboot` must outlive this. With `withSecurity`, files get the security descriptors of the manifest; without,
-    // they keep those of the files that they replace.
-    Replacement(const RestoreRecord& record, RebootReplacement& reboot, bool withSecurity)
-        : m_record(record), m_reboot(reboot), m_withSecurity(withSecurity)
-    {
-    }
+    // they keep those of the files that they replace. `onResult` is called for each file, in the order of Add.
+    Replacement(RestoreRecord& record, RebootReplacement& reboot, bool withSecurity, OnResult onResult);
 
     // A file that another program has open is replaced at the next reboot. A process that is killed meanwhile leaves the whole
-    // old or the whole new file. Earlier registrations for the same target are taken back.
-    ReplacementResult Replace(const RestoreStep& step);
+    // old or the whole new file. Earlier registrations for the same target are taken back. `step` must outlive this.
+    void Add(const RestoreStep& step);
+
+    // Waits for the results that are still to come.
+    void Finish();
 
 private:
-    ReplacementResult ReplaceNow(const RestoreStep& step);
-    ReplacementResult ReplaceAtReboot(const RestoreStep& step);
-    void RestoreSecurity(const RestoreStep& step, ReplacementResult& result) const;
+    struct Work {
+        const RestoreStep* step;
+        std::future<ReplacementResult> result;
+    };
 
-    const RestoreRecord& m_record;
+    ReplacementResult Start(const RestoreStep& step, std::future<ReplacementResult>& later);
+    void FinishOldest();
+    void Complete(const RestoreStep& step, ReplacementResult& result);
+    ReplacementResult ReplaceAtReboot(const RestoreStep& step);
+
+    RestoreRecord& m_record;
     RebootReplacement& m_reboot;
     bool m_withSecurity;
+    OnResult m_onResult;
+    std::deque<Work> m_works;
+    WorkerThreads m_threads;
 };
 
 } // namespace agent

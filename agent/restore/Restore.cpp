@@ -93,9 +93,8 @@ void Restore::Execute(const RestorePlan& plan)
     if (!reboot.Problem().empty()) {
         m_report.Note(L"what is registered for the reboot is not known: " + reboot.Problem());
     }
-    Replacement replacement(record, reboot, m_options.security);
     CreateDirectories(plan, directories);
-    RestoreFiles(plan, replacement);
+    RestoreFiles(plan, record, reboot);
     GiveOwners();
     m_directories.Finish(plan.directories, m_options, m_report);
     ReportMissingSecurity(plan);
@@ -126,19 +125,24 @@ void Restore::CreateDirectories(const RestorePlan& plan, const DirectorySet& wit
     }
 }
 
-void Restore::RestoreFiles(const RestorePlan& plan, Replacement& replacement)
+void Restore::RestoreFiles(const RestorePlan& plan, RestoreRecord& record, RebootReplacement& reboot)
 {
     Progress progress(L"Restoring", static_cast<std::int64_t>(plan.steps.size()), plan.bytes);
+    Replacement replacement(record, reboot, m_options.security,
+                            [&](const RestoreStep& step, const ReplacementResult& result) {
+                                CountFile(step, result);
+                                progress.FileDone(step.file.digest.size);
+                            });
     for (const RestoreStep& step : plan.steps) {
         if (IsInterrupted()) {
             m_report.SetInterrupted();
-            return;
+            break;
         }
         if (Prepare(plan, step)) {
-            RestoreFile(step, replacement);
+            replacement.Add(step);
         }
-        progress.FileDone(step.file.digest.size);
     }
+    replacement.Finish();
 }
 
 // A directory that fails is one message, with the number of its files.
@@ -155,19 +159,14 @@ bool Restore::Prepare(const RestorePlan& plan, const RestoreStep& step)
     return !reason;
 }
 
-void Restore::RestoreFile(const RestoreStep& step, Replacement& replacement)
+void Restore::CountFile(const RestoreStep& step, const ReplacementResult& result)
 {
-    const ReplacementResult result = replacement.Replace(step);
     if (result.failure) {
         m_report.Fail(result.failure->subject, result.failure->reason);
     }
-    if (result.outcome != ReplacementResult::Outcome::kFailed) {
-        CountFile(step, result);
+    if (result.outcome == ReplacementResult::Outcome::kFailed) {
+        return;
     }
-}
-
-void Restore::CountFile(const RestoreStep& step, const ReplacementResult& result)
-{
     if (result.outcome == ReplacementResult::Outcome::kAtReboot) {
         m_report.SetAtRestart();
         m_report.Count("replacedAtRestart");

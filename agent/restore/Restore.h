@@ -27,8 +27,7 @@ private:
     void RestoreVersion(const LoadedVersion& version);
     void Execute(const RestorePlan& plan);
     void CreateDirectories(const RestorePlan& plan, const DirectorySet& withFiles);
-    void RestoreFiles(const RestorePlan& plan, Replacement& replacement);
-    void RestoreFile(const RestoreStep& step, Replacement& replacement);
+    void RestoreFiles(const RestorePlan& plan, RestoreRecord& record, RebootReplacement& reboot);
     bool Prepare(const RestorePlan& plan, const RestoreStep& step);
     void CountFile(const RestoreStep& step, const ReplacementResult& result);
     void GiveOwners();

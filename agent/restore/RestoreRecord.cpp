@@ -48,7 +48,7 @@ std::wstring StagingDirectoryFor(const std::wstring& path, const std::wstring& b
         return {};
     }
     std::wstring directory = ParentOf(path);
-    while (IsTooLong(Join(directory, StagingName(std::wstring(kTokenLength, L'0'))))) {
+    while (IsTooLong(Join(directory, StagingName(std::wstring(kTokenLength, L'0'), kMostStagedFiles - 1)))) {
         directory = ParentOf(directory);
         if (!IsSameOrBelow(directory, bound)) {
             return {};
@@ -85,9 +85,9 @@ RestoreRecord::~RestoreRecord()
     }
 }
 
-std::wstring RestoreRecord::StagingPath(const std::wstring& directory) const
+std::wstring RestoreRecord::NextStagingPath(const std::wstring& directory)
 {
-    return Join(directory, StagingName(m_token));
+    return Join(directory, StagingName(m_token, m_staged++ % kMostStagedFiles));
 }
 
 void RestoreRecord::NoteCacheDirectory(const std::wstring& directory)

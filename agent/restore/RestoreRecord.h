@@ -37,8 +37,9 @@ public:
     // Why no record could be written. A killed restore would then leave its unfinished file.
     const std::wstring& Problem() const { return m_problem; }
 
-    // The file in `directory` that takes new content, one at a time. No other program and no other restore uses the name.
-    std::wstring StagingPath(const std::wstring& directory) const;
+    // A file in `directory` that takes new content. No other program and no other restore uses the name; this one uses it again
+    // after kMostStagedFiles further calls.
+    std::wstring NextStagingPath(const std::wstring& directory);
 
     // A cache file is about to be created in a directory; it has been created.
     void NoteCacheDirectory(const std::wstring& directory);
@@ -48,6 +49,7 @@ private:
     void Append(wchar_t kind, const std::wstring& path);
 
     std::wstring m_token;
+    std::size_t m_staged = 0; // calls of NextStagingPath
     std::wstring m_path;
     UniqueHandle m_file; // open as long as the restore runs: that is how others see that it does
     std::wstring m_problem;

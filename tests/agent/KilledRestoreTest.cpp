@@ -158,13 +158,13 @@ TEST_F(LeftoversTest, AreDeletedByTheNextRestoreOfTheirDirectory)
 {
     live.File(L"a.txt", "a");
     MakeBackup();
-    live.File(L"kv0123456789ab.new", "left over");
+    live.File(L"kv0123456789ab.7", "left over");
     live.File(L"kvr1.tmp", "left over");
     live.File(L"kvr2.tmp", "");
     MakeRecord("D" + Utf8(live.Root()) + "\nC" + Utf8(live.Path(L"kvr1.tmp")) + "\nS" + Utf8(live.Root()) + "\n");
     live.File(L"kvr2.tmp", "");
     EXPECT_EQ(3, RunForJson({L"restore", Backup()}, 0)["leftovers"]);
-    EXPECT_FALSE(PathExists(live.Path(L"kv0123456789ab.new")));
+    EXPECT_FALSE(PathExists(live.Path(L"kv0123456789ab.7")));
     EXPECT_FALSE(PathExists(live.Path(L"kvr1.tmp")));
     EXPECT_FALSE(PathExists(live.Path(L"kvr2.tmp")));
     EXPECT_FALSE(PathExists(Record()));
@@ -174,7 +174,7 @@ TEST_F(LeftoversTest, AreOnlyWhatTheRecordNames)
 {
     live.File(L"a.txt", "a");
     MakeBackup();
-    const StringList others = {L"kv0123456789ac.new", L"kvr1.tmp", L"kvr2.tmp", L"other.tmp"};
+    const StringList others = {L"kv0123456789ac.7", L"kvr1.tmp", L"kvr2.tmp", L"other.tmp"};
     for (const std::wstring& name : others) {
         live.File(name, "somebody's own");
     }
@@ -189,7 +189,7 @@ TEST_F(LeftoversTest, OfOtherDirectoriesAndRegisteredOnesStay)
 {
     live.File(L"a.txt", "a");
     MakeBackup();
-    const std::wstring elsewhere = temporary.File(LR"(sub\kv0123456789ab.new)", "elsewhere");
+    const std::wstring elsewhere = temporary.File(LR"(sub\kv0123456789ab.7)", "elsewhere");
     const std::wstring registered = live.File(L"kvr1.tmp", "registered");
     pending.Write({{LR"(\??\)" + registered, LR"(!\??\)" + live.Path(L"b.txt")}});
     MakeRecord("D" + Utf8(temporary.Path(L"sub")) + "\nC" + Utf8(registered) + "\n");
@@ -203,11 +203,11 @@ TEST_F(LeftoversTest, OfARestoreThatStillRunsStay)
 {
     live.File(L"a.txt", "a");
     MakeBackup();
-    live.File(L"kv0123456789ab.new", "being written");
+    live.File(L"kv0123456789ab.7", "being written");
     MakeRecord("D" + Utf8(live.Root()) + "\n");
     const HeldFile running(Record(), GENERIC_WRITE, FILE_SHARE_READ);
     RunForJson({L"restore", Backup()}, 0);
-    EXPECT_TRUE(PathExists(live.Path(L"kv0123456789ab.new")));
+    EXPECT_TRUE(PathExists(live.Path(L"kv0123456789ab.7")));
 }
 
 TEST_F(LeftoversTest, AFileInTheBackupDeletesNothing)
