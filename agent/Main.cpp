@@ -1,7 +1,6 @@
 // Entry of the agent.
 
 #include "agent/console/CommandLine.h"
-#include "agent/console/Output.h"
 #include "agent/console/Report.h"
 #include "agent/platform/Encoding.h"
 #include "agent/platform/Errors.h"
@@ -26,6 +25,13 @@ std::vector<std::wstring> Arguments()
     return {strings.get() + 1, strings.get() + count};
 }
 
+int Fail(const std::wstring& reason)
+{
+    agent::Report report("agent");
+    report.Fail(L"kestrovane-agent", reason);
+    return report.FinishObject(agent::kNothingDone);
+}
+
 } // namespace
 
 int main()
@@ -33,9 +39,8 @@ int main()
     try {
         return agent::RunCommandLine(Arguments());
     } catch (const CAtlException& error) {
-        agent::WriteMessage(agent::SystemReason(static_cast<DWORD>(error.m_hr)));
+        return Fail(agent::SystemReason(static_cast<DWORD>(error.m_hr)));
     } catch (const std::exception& error) {
-        agent::WriteMessage(agent::Wide(error.what()));
+        return Fail(agent::Wide(error.what()));
     }
-    return agent::kNothingDone;
 }

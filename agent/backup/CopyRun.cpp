@@ -44,7 +44,7 @@ CopyRun::CopyRun(const std::wstring& folder, const FormerVersion& former, const 
 
 void CopyRun::Copy(const std::vector<TreeEntry>& files, StoredNames& names, Progress& progress)
 {
-    std::int64_t left = static_cast<std::int64_t>(files.size());
+    auto left = static_cast<std::int64_t>(files.size());
     for (const TreeEntry& file : files) {
         if (IsInterrupted() || m_isFull) {
             break;
@@ -59,6 +59,7 @@ void CopyRun::Copy(const std::vector<TreeEntry>& files, StoredNames& names, Prog
         --left;
         Settle(kMostRunning);
     }
+    progress.OnlyChecksAreLeft();
     Settle(0);
     while (m_retriesLeft > 0 && !m_inUse.empty() && !IsInterrupted()) {
         Retry(progress);

@@ -28,21 +28,21 @@ std::wstring KeyOfPath(const std::wstring& path)
 
 } // namespace
 
-std::optional<std::wstring> Snapshots::Add(const std::vector<std::wstring>& texts)
+std::optional<std::wstring> Snapshots::Add(const std::vector<std::wstring>& values)
 {
-    for (const std::wstring& text : texts) {
-        const auto equals = text.find(L'=');
-        if (equals == 0 || equals == std::wstring::npos || equals + 1 == text.size()) {
-            return text + L" is not VOLUME=DEVICE";
+    for (const std::wstring& value : values) {
+        const auto equals = value.find(L'=');
+        if (equals == 0 || equals == std::wstring::npos || equals + 1 == value.size()) {
+            return value + L" is not VOLUME=DEVICE";
         }
-        std::wstring device = text.substr(equals + 1);
+        std::wstring device = value.substr(equals + 1);
         while (device.ends_with(L'\\')) {
-            device.pop_back(); // the library puts the path behind it as it is
+            device.pop_back(); // the library appends the path as it is
         }
         if (!IsDirectoryOnDevice(device)) {
             return L"the snapshot device " + device + L" cannot be opened";
         }
-        m_devices[KeyOf(AppendBackslash(text.substr(0, equals)))] = device;
+        m_devices[KeyOf(AppendBackslash(value.substr(0, equals)))] = device;
     }
     return std::nullopt;
 }

@@ -3,6 +3,7 @@
 #include "agent/commands/Commands.h"
 
 #include "agent/console/CommandOptions.h"
+#include "agent/console/HostFunctions.h"
 #include "agent/console/Output.h"
 #include "agent/console/Report.h"
 #include "agent/platform/Errors.h"
@@ -28,7 +29,7 @@ struct ListOptions {
 // names both.
 void ReportUnreadable(const ListOptions& options, Report& report)
 {
-    for (const auto& [directory, reason] : SurveyTree(Absolute(options.directory), {L"", true}).failures) {
+    for (const auto& [directory, reason] : SurveyTree(Absolute(options.directory), {L"", false}).failures) {
         report.Fail(directory, reason);
     }
 }
@@ -41,9 +42,11 @@ int RunList(const ListOptions& options)
         report.Fail(options.directory, error == ERROR_SUCCESS ? L"no such directory" : SystemReason(error));
         return report.Finish();
     }
-    const auto files = options.recursive
-                           ? ListFilesFilterRecursive(options.directory, options.filter, options.fullPaths)
-                           : ListFilesFilter(options.directory, options.filter, options.fullPaths);
+    std::vector<std::wstring> files;
+    const auto list = options.recursive ? &ListFilesFilterRecursive : &ListFilesFilter;
+    if (!CallInterruptibly([&] { files = list(options.directory, options.filter, options.fullPaths); })) {
+        report.SetInterrupted();
+    }
     for (const std::wstring& file : files) {
         report.CountAchieved();
         report.Add("files", file);

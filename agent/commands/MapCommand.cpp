@@ -29,9 +29,9 @@ struct Query {
     std::wstring spec;
 };
 
-std::wstring Quoted(const std::wstring& text)
+std::wstring Quoted(const std::wstring& string)
 {
-    return L"\"" + text + L"\"";
+    return L"\"" + string + L"\"";
 }
 
 std::wstring Describe(const VSS_ALTERNATE_MAPPING& mapping)

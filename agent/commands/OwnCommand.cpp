@@ -37,18 +37,21 @@ bool ShowTree(const std::wstring& path, Report& report)
         report.Fail(path, L"it has more than " + std::to_wstring(kDeepestSurvey) +
                               L" levels of directories; a link may lead back into it");
     }
-    return !survey.tooDeep;
+    for (const auto& [directory, reason] : survey.failures) {
+        report.Fail(directory, reason + L"; nothing is changed");
+    }
+    return !report.HasFailures();
 }
 
 int RunOwn(const OwnOptions& options)
 {
     Report report("own");
-    const std::wstring path = options.path.empty() ? L"" : Absolute(options.path);
+    const std::wstring path = WithoutLongPrefix(Absolute(options.path));
     report.Set("path", path);
     report.Set("account", options.account);
     const auto information = ReadInformation(path);
     if (!information) {
-        report.Fail(path, path.empty() ? L"an empty path is refused" : LastReason());
+        report.Fail(path, LastReason());
         return report.Finish();
     }
     report.Set("files", 1);

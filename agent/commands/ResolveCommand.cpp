@@ -17,19 +17,15 @@ struct ResolveOptions {
     std::wstring path;
 };
 
-// An answer about an empty path consists of zeros.
-std::wstring UpToTerminator(const std::wstring& text)
+// A result may consist of zeros.
+std::wstring UpToTerminator(const std::wstring& string)
 {
-    return text.substr(0, text.find(L'\0'));
+    return string.substr(0, string.find(L'\0'));
 }
 
 int RunResolve(const ResolveOptions& options)
 {
     Report report("resolve");
-    if (options.path.empty()) {
-        report.Fail(L"", L"an empty path has no volume");
-        return report.Finish();
-    }
     const std::wstring unique = UpToTerminator(GetUniqueVolumeNameForPath(options.path));
     std::wstring mountPath;
     if (!GetDisplayNameForVolumeNoThrow(unique, mountPath)) {
@@ -46,7 +42,7 @@ int RunResolve(const ResolveOptions& options)
     report.Set("withoutDrive", GetPathFileNameNoVolume(options.path));
     report.Set("translated", GetPathFileTranslate(options.path));
     if (unique.empty()) {
-        report.Fail(options.path, L"Windows knows no volume for it");
+        report.Fail(options.path, L"Windows finds no volume for it; the drive or share may not exist");
     }
     return report.Finish();
 }

@@ -20,17 +20,17 @@ struct VolumeRow {
     std::wstring displayName;
     double total = 0; // 10^9 bytes
     double free = 0;  // 10^9 bytes
-    bool roomiest = false;
+    bool hasMostFree = false;
 };
 
-VolumeRow Describe(const std::wstring& mountPath, const std::wstring& roomiest)
+VolumeRow Describe(const std::wstring& mountPath, const std::wstring& mostFree)
 {
     VolumeRow row{mountPath,
                   GetUniqueVolumeNameForPath(mountPath),
                   {},
                   GetTotalVolumeSpace(mountPath),
                   GetAvailableVolumeSpace(mountPath),
-                  mountPath == roomiest};
+                  mountPath == mostFree};
     if (!GetDisplayNameForVolumeNoThrow(row.uniqueName, row.displayName)) {
         row.displayName = mountPath;
     }
@@ -58,7 +58,7 @@ void WriteColumns(const std::vector<std::wstring>& columns)
 int RunVolumes()
 {
     Report report("volumes");
-    const std::wstring roomiest = GetVolumeMaxFreeSpace();
+    const std::wstring mostFree = GetVolumeMaxFreeSpace();
     const std::vector<std::wstring> mountPaths = EnumVolumes();
     if (mountPaths.empty()) {
         report.Fail(L"volumes", L"Windows names none");
@@ -68,17 +68,17 @@ int RunVolumes()
         WriteColumns({L"mount path", L"unique name", L"display name", L"total GB", L"free GB"});
     }
     for (const std::wstring& mountPath : mountPaths) {
-        const VolumeRow row = Describe(mountPath, roomiest);
+        const VolumeRow row = Describe(mountPath, mostFree);
         report.CountAchieved();
         report.AddItem("volumes", {{"mountPath", row.mountPath},
                                    {"uniqueName", row.uniqueName},
                                    {"displayName", row.displayName},
                                    {"totalGigabytes", row.total},
                                    {"freeGigabytes", row.free},
-                                   {"roomiest", row.roomiest}});
+                                   {"mostFreeSpace", row.hasMostFree}});
         if (!IsJson()) {
             WriteColumns({row.mountPath, row.uniqueName, row.displayName, Gigabytes(row.total), Gigabytes(row.free),
-                          row.roomiest ? L"roomiest" : L""});
+                          row.hasMostFree ? L"most free space" : L""});
         }
     }
     return report.Finish();

@@ -19,8 +19,6 @@ namespace agent {
 
 namespace {
 
-constexpr const char* kVersion = "0.1.0";
-
 constexpr const char* kDescription =
     "Backs up and restores directory trees with the Kestrovane library.\n"
     "Exit codes: 0 all done, 1 nothing could be done or nothing could be written to standard output,\n"
@@ -32,7 +30,7 @@ public:
     {
         m_app.require_subcommand(1);
         m_app.fallthrough();
-        m_app.set_version_flag("--version", std::string("kestrovane-agent ") + kVersion);
+        m_app.set_version_flag("--version", "kestrovane-agent " KESTROVANE_AGENT_VERSION);
         m_app.add_flag("--json", m_output.json, "One JSON object on standard output, nothing else");
         m_app.add_flag("--verbose", m_output.verbose, "The library's log on standard error");
         m_app.add_flag("--quiet", m_output.quiet, "No progress, notes or summary: only results and failures");

@@ -7,7 +7,7 @@
 
 namespace agent {
 
-// Runs the command that the arguments (without the program's name) ask for, and gives the exit code.
+// Runs the command that the arguments (without the program's name) ask for. @return the exit code.
 int RunCommandLine(const std::vector<std::wstring>& arguments);
 
 } // namespace agent

@@ -27,12 +27,12 @@ CLI::Option* AddString(CLI::App& app, const std::string& name, std::wstring& val
 }
 
 CLI::Option* AddEach(CLI::App& app, const std::string& name, const std::string& help,
-                     std::function<std::wstring(const std::wstring&)> take)
+                     const std::function<std::wstring(const std::wstring&)>& take)
 {
     return app
         .add_option_function<std::vector<std::string>>(
             name,
-            [name, take = std::move(take)](const std::vector<std::string>& strings) {
+            [name, take](const std::vector<std::string>& strings) {
                 for (const std::string& string : strings) {
                     const std::wstring reason = string.empty() ? L"must not be empty" : take(Wide(string));
                     if (!reason.empty()) {
@@ -113,9 +113,9 @@ void CommandOptions::Patterns(const std::string& name, std::vector<std::wstring>
 }
 
 void CommandOptions::InOrder(const std::string& name, const std::string& type, const std::string& help,
-                             std::function<std::wstring(const std::wstring&)> take)
+                             const std::function<std::wstring(const std::wstring&)>& take)
 {
-    AddEach(m_app, name, help, std::move(take))->trigger_on_parse()->type_name(type);
+    AddEach(m_app, name, help, take)->trigger_on_parse()->type_name(type);
 }
 
 void CommandOptions::FlagInOrder(const std::string& name, const std::string& help, std::function<std::wstring()> take)

@@ -39,7 +39,7 @@ public:
     // An option that may be repeated, and mixed with others of its kind: `take` is called for each in the order of the
     // command line. It returns why a value is wrong usage, or an empty string.
     void InOrder(const std::string& name, const std::string& type, const std::string& help,
-                 std::function<std::wstring(const std::wstring& value)> take);
+                 const std::function<std::wstring(const std::wstring& value)>& take);
     void FlagInOrder(const std::string& name, const std::string& help, std::function<std::wstring()> take);
 
     // An option with a set of values, which the help shows with the default.
@@ -49,10 +49,10 @@ public:
     {
         std::vector<std::string> names;
         std::string standard;
-        for (const auto& [text, meaning] : values) {
-            names.push_back(text);
+        for (const auto& [spelling, meaning] : values) {
+            names.push_back(spelling);
             if (meaning == value) {
-                standard = text;
+                standard = spelling;
             }
         }
         AddChoice(name, names, standard, help, [&value, values](std::size_t index) { value = values[index].second; });

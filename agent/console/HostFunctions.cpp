@@ -2,6 +2,7 @@
 
 #include "agent/console/HostFunctions.h"
 
+#include "agent/console/Interrupt.h"
 #include "agent/console/Output.h"
 #include "agent/platform/Encoding.h"
 
@@ -16,9 +17,10 @@ namespace agent {
 namespace {
 
 bool g_verbose = false;
-LogListener::Hear g_hear;
+bool g_isInterruptible = false;
+LogListener::Receive g_receive;
 
-// The argument of one conversion. The runtime's printf would stop at a wide text outside the locale, so texts are taken
+// The argument of one conversion. The runtime's printf would stop at a wide string outside the locale, so strings are taken
 // over as they are.
 std::wstring FormatArgument(const std::string& conversion, va_list& arguments)
 {
@@ -62,7 +64,10 @@ std::wstring FormatLine(std::string format, va_list& arguments)
 
 int __cdecl Log(int level, const char* format, ...)
 {
-    if (!g_verbose && !g_hear) {
+    if (g_isInterruptible && IsInterrupted()) {
+        throw Interrupted();
+    }
+    if (!g_verbose && !g_receive) {
         return 0;
     }
     va_list arguments;
@@ -72,8 +77,8 @@ int __cdecl Log(int level, const char* format, ...)
     if (g_verbose) {
         WriteMessage(line);
     }
-    if (g_hear) {
-        g_hear(level, line);
+    if (g_receive) {
+        g_receive(level, line);
     }
     return 0;
 }
@@ -92,14 +97,24 @@ void RegisterHost(bool verbose)
     SetVssFileManagerLogger(&Log, &KeepAlive, &Log);
 }
 
-LogListener::LogListener(Hear hear)
+InterruptibleScope::InterruptibleScope()
 {
-    g_hear = std::move(hear);
+    g_isInterruptible = true;
+}
+
+InterruptibleScope::~InterruptibleScope()
+{
+    g_isInterruptible = false;
+}
+
+LogListener::LogListener(Receive receive)
+{
+    g_receive = std::move(receive);
 }
 
 LogListener::~LogListener()
 {
-    g_hear = nullptr;
+    g_receive = nullptr;
 }
 
 } // namespace agent

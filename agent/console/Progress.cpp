@@ -55,6 +55,7 @@ Progress::~Progress()
     {
         const std::lock_guard lock(m_mutex);
         m_hasEnded = true;
+        m_isChecking = false;
     }
     m_ended.notify_all();
     if (m_drawing.joinable()) {
@@ -69,6 +70,7 @@ void Progress::Watch(const std::wstring& path)
 {
     const std::lock_guard lock(m_mutex);
     m_watched = path;
+    m_isChecking = false;
 }
 
 void Progress::AddBytes(std::int64_t bytes)
@@ -83,6 +85,12 @@ void Progress::FileDone(std::int64_t bytes)
     m_watched.clear();
     ++m_done;
     m_bytes += bytes;
+}
+
+void Progress::OnlyChecksAreLeft()
+{
+    const std::lock_guard lock(m_mutex);
+    m_isChecking = true;
 }
 
 void Progress::Draw()
@@ -113,10 +121,11 @@ std::wstring Progress::Bar(std::int64_t bytes) const
     const auto elapsed = static_cast<std::int64_t>(std::max<ULONGLONG>(::GetTickCount64() - m_start, 1));
     const std::int64_t rate = bytes * kMillisecondsPerSecond / elapsed; // bytes in a second
     const std::int64_t left = rate == 0 ? 0 : std::max<std::int64_t>(m_totalBytes - bytes, 0) / rate;
+    const std::wstring speed = Mebibytes(rate) + L"/s, " + Duration(left) + L" left";
     return L"[" + std::wstring(static_cast<std::size_t>(filled), L'#') +
            std::wstring(static_cast<std::size_t>(kBarWidth - filled), L'.') + L"] " + std::to_wstring(m_done) + L"/" +
            std::to_wstring(m_files) + L", " + std::to_wstring(bytes / kMebibyte) + L"/" + Mebibytes(m_totalBytes) +
-           L", " + Mebibytes(rate) + L"/s, " + Duration(left) + L" left";
+           L", " + (m_isChecking ? L"checking the copies" : speed);
 }
 
 } // namespace agent

@@ -15,16 +15,16 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-Json ToJson(const std::vector<std::wstring>& texts)
+Json ToJson(const std::vector<std::wstring>& strings)
 {
     Json list = Json::array();
-    for (const std::wstring& text : texts) {
-        list.push_back(Utf8(text));
+    for (const std::wstring& string : strings) {
+        list.push_back(Utf8(string));
     }
     return list;
 }
 
-// What stands in a row of the summary; lists have been printed item by item.
+// The value in a row of the summary; lists have been printed item by item.
 struct ValueToText {
     std::wstring operator()(std::int64_t number) const { return RightAligned(std::to_wstring(number)); }
     std::wstring operator()(double number) const
@@ -33,7 +33,7 @@ struct ValueToText {
         return RightAligned(digits.substr(0, digits.find(L'.') + 2));
     }
     std::wstring operator()(bool flag) const { return flag ? L"yes" : L"no"; }
-    std::wstring operator()(const std::wstring& text) const { return text; }
+    std::wstring operator()(const std::wstring& string) const { return string; }
     std::wstring operator()(const std::vector<std::wstring>& /*items*/) const { return {}; }
     std::wstring operator()(const std::vector<Item>& /*items*/) const { return {}; }
 
@@ -49,7 +49,7 @@ struct ScalarToJson {
     Json operator()(std::int64_t number) const { return number; }
     Json operator()(double number) const { return number; }
     Json operator()(bool flag) const { return flag; }
-    Json operator()(const std::wstring& text) const { return Utf8(text); }
+    Json operator()(const std::wstring& string) const { return Utf8(string); }
 };
 
 struct ValueToJson : ScalarToJson {
@@ -85,9 +85,9 @@ void Report::Set(const std::string& name, std::int64_t number)
     Row(name, std::int64_t{0}) = number;
 }
 
-void Report::Set(const std::string& name, const std::wstring& text)
+void Report::Set(const std::string& name, const std::wstring& string)
 {
-    Row(name, std::wstring()) = text;
+    Row(name, std::wstring()) = string;
 }
 
 void Report::SetFlag(const std::string& name, bool flag)
@@ -118,10 +118,10 @@ void Report::Fail(const std::wstring& subject, const std::wstring& reason, std::
     WriteMessage(subject + L": " + reason);
 }
 
-void Report::Note(const std::wstring& text)
+void Report::Note(const std::wstring& string)
 {
-    m_notes.push_back(text);
-    IsQuiet() ? WriteLog(text) : WriteMessage(text);
+    m_notes.push_back(string);
+    IsQuiet() ? WriteLog(string) : WriteMessage(string);
 }
 
 void Report::Add(const std::string& list, const std::wstring& item)
@@ -154,9 +154,9 @@ void Report::PrintText() const
     for (const auto& [name, value] : m_rows) {
         std::wstring line = Wide(name);
         line.resize(std::max(line.size() + 1, kNameWidth), L' ');
-        const std::wstring text = std::visit(ValueToText(), value);
-        if (!text.empty()) {
-            WriteResult(line + text + L"\n");
+        const std::wstring string = std::visit(ValueToText(), value);
+        if (!string.empty()) {
+            WriteResult(line + string + L"\n");
         }
     }
 }

@@ -1,4 +1,4 @@
-// What a command did: counts, failures and notes, as text or as one JSON object.
+// What a command did: counts, failures and notes, for people or as one JSON object.
 
 #pragma once
 
@@ -30,7 +30,7 @@ public:
 
     // A row of the summary, in the order of the first mention. Numbers may be counted up.
     void Set(const std::string& name, std::int64_t number);
-    void Set(const std::string& name, const std::wstring& text);
+    void Set(const std::string& name, const std::wstring& string);
     void SetFlag(const std::string& name, bool flag);
     void SetSeconds(const std::string& name, double seconds);
     void Count(const std::string& name, std::int64_t number = 1);
@@ -41,9 +41,9 @@ public:
 
     // A failure, written to standard error at once, and how many files it concerns, for the row "failed".
     void Fail(const std::wstring& subject, const std::wstring& reason, std::int64_t files = 1);
-    void Note(const std::wstring& text); // the same, but no failure
+    void Note(const std::wstring& string); // the same, but no failure
 
-    // An item of a list in the JSON object: a text, or named values.
+    // An item of a list in the JSON object: a string, or named values.
     void Add(const std::string& list, const std::wstring& item);
     void AddItem(const std::string& list, const Item& item);
     void SetInterrupted() { m_interrupted = true; }

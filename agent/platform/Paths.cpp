@@ -21,6 +21,7 @@ std::wstring WithoutTrailingBackslash(std::wstring path)
 }
 
 constexpr std::wstring_view kLongPrefix = LR"(\\?\)";
+constexpr std::wstring_view kDevicePrefix = LR"(\\.\)"; // of the same length
 constexpr std::wstring_view kLongSharePrefix = LR"(\\?\UNC\)";
 constexpr std::wstring_view kSharePrefix = LR"(\\)";
 constexpr std::size_t kLongestDirectory = 247; // characters: Windows keeps a buffer of 260 for a name of 12 in it
@@ -82,8 +83,14 @@ std::wstring WithoutLongPrefix(const std::wstring& path)
     if (path.starts_with(kLongSharePrefix)) {
         return std::wstring(kSharePrefix) + path.substr(kLongSharePrefix.size());
     }
-    const std::wstring rest = path.starts_with(kLongPrefix) ? path.substr(kLongPrefix.size()) : path;
-    return rest.size() > 1 && rest[1] == L':' ? rest : path; // a volume name needs its prefix
+    if (!path.starts_with(kLongPrefix) && !path.starts_with(kDevicePrefix)) {
+        return path;
+    }
+    const std::wstring rest = path.substr(kLongPrefix.size());
+    if (rest.size() < 2 || rest[1] != L':') {
+        return path; // a volume name needs its prefix
+    }
+    return rest.ends_with(L':') ? rest + L'\\' : rest;
 }
 
 std::wstring TemporaryDirectory()

@@ -25,7 +25,7 @@ bool IsTooLong(const std::wstring& path);
 // A path that Windows takes at any length: with its long prefix where it needs one. Absolute paths only.
 std::wstring LongForm(const std::wstring& path);
 
-// A path without its long prefix.
+// A path without the prefixes \\?\ and \\.\.
 std::wstring WithoutLongPrefix(const std::wstring& path);
 
 // The directory for temporary files, from the environment, without a trailing backslash.

@@ -2,8 +2,10 @@
 
 #include "agent/platform/TreeSurvey.h"
 
-#include "agent/platform/Patterns.h"
+#include "agent/platform/FileInformation.h"
 #include "agent/platform/TreeWalk.h"
+
+#include <Kestrovane.h>
 
 namespace agent {
 
@@ -13,23 +15,10 @@ class Surveyor : public TreeVisitor {
 public:
     explicit Surveyor(const SurveyOptions& options) : m_options(options) {}
 
-    void OnFile(const TreeEntry& file) override
-    {
-        if (!m_options.filter.empty() && !MatchesPattern(file.component, m_options.filter)) {
-            return;
-        }
-        m_survey.files.push_back(file.path);
-        m_survey.bytes += file.information.size;
-        if (file.information.IsReadOnly()) {
-            m_survey.readOnly.push_back(file.path);
-        }
-    }
+    void OnFile(const TreeEntry& file) override { Take(file.path, file.information); }
 
     bool OnDirectory(const TreeEntry& directory) override
     {
-        if (!m_options.filter.empty()) {
-            return false; // a filter speaks of the directory itself
-        }
         const bool isLink = directory.information.IsLink();
         if (isLink) {
             m_survey.links.push_back(directory.path);
@@ -47,6 +36,15 @@ public:
         m_survey.failures.emplace_back(directory, reason);
     }
 
+    void Take(const std::wstring& path, const FileInformation& information)
+    {
+        m_survey.files.push_back(path);
+        m_survey.bytes += information.size;
+        if (information.IsReadOnly()) {
+            m_survey.readOnly.push_back(path);
+        }
+    }
+
     TreeSurvey Result() { return std::move(m_survey); }
 
 private:
@@ -59,9 +57,16 @@ private:
 TreeSurvey SurveyTree(const std::wstring& directory, const SurveyOptions& options)
 {
     Surveyor surveyor(options);
+    if (!options.filter.empty()) {
+        // The library's deletion takes the same files.
+        for (const std::wstring& file : ListFilesFilter(directory, options.filter, true)) {
+            surveyor.Take(file, ReadInformation(file).value_or(FileInformation()));
+        }
+        return surveyor.Result();
+    }
     WalkTree(directory, surveyor);
     TreeSurvey survey = surveyor.Result();
-    survey.directories += options.filter.empty() ? 1 : 0; // the directory itself
+    ++survey.directories; // the directory itself
     return survey;
 }
 

@@ -22,7 +22,10 @@ void GiveOwner(const std::wstring& path, const std::wstring& account, Report& re
                 failedBelow = true;
             }
         });
-        if (ChangeObjectOwner(path, account)) {
+        bool changed = false;
+        if (!CallInterruptibly([&] { changed = ChangeObjectOwner(path, account); })) {
+            report.SetInterrupted();
+        } else if (changed) {
             report.CountAchieved();
         } else if (!failedBelow) {
             report.Fail(path, L"its owner could not be changed");

@@ -1,5 +1,6 @@
 // What a backup holds: attributes, times, security descriptors, selections, names that differ only in case, files in use.
 
+#include "tests/support/AgentOutside.h"
 #include "tests/support/AgentTest.h"
 #include "tests/support/HolderProcess.h"
 
@@ -13,26 +14,6 @@ protected:
 
     Json FileEntry(const std::string& name) const { return EntryOf("files", name); }
     Json DirectoryEntry(const std::string& name) const { return EntryOf("directories", name); }
-
-    // Creates a file as another system does: a name that differs only in case from that of another file, or one that
-    // Windows takes for something else.
-    void CreateFromOutside(const std::wstring& name, const std::string& bytes) const
-    {
-        using GetUnixFileName = char*(__cdecl*)(const wchar_t*);
-        const auto function = reinterpret_cast<GetUnixFileName>(
-            reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"kernel32"), "wine_get_unix_file_name")));
-        ASSERT_NE(nullptr, function) << "no way to the system outside";
-        char* const root = function(live.Root().c_str());
-        std::string path = std::string(R"(\\?\unix)") + root + "/" + Utf8(name);
-        ::HeapFree(::GetProcessHeap(), 0, root);
-        std::replace(path.begin(), path.end(), '/', '\\');
-        const HANDLE file = ::CreateFileW(std::wstring(path.begin(), path.end()).c_str(), GENERIC_WRITE, 0, nullptr,
-                                          CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
-        ASSERT_NE(INVALID_HANDLE_VALUE, file) << path << " error " << ::GetLastError();
-        DWORD written = 0;
-        ::WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
-        ::CloseHandle(file);
-    }
 
 private:
     Json EntryOf(const char* list, const std::string& name) const
@@ -111,8 +92,8 @@ TEST_F(BackupContentTest, APatternThatMatchesNothingWritesNoVersion)
 TEST_F(BackupContentTest, NamesThatDifferOnlyInCaseAreTwoFiles)
 {
     // Another system creates them: this one would open the first for the second.
-    CreateFromOutside(L"name.txt", "lower case");
-    CreateFromOutside(L"NAME.txt", "UPPER CASE");
+    CreateFromOutside(live.Root(), "name.txt", "lower case");
+    CreateFromOutside(live.Root(), "NAME.txt", "UPPER CASE");
     const auto report = BackUp();
     EXPECT_EQ(2, report["files"]);
     const auto upper = FileEntry("NAME.txt");
@@ -177,9 +158,10 @@ TEST_F(BackupContentTest, PathsThatAreTooLongAreOneMessageForTheirDirectory)
 TEST_F(BackupContentTest, ANameThatNoWindowsVolumeCanHoldIsNamed)
 {
     live.File(L"good.txt");
-    CreateFromOutside(L"nul.txt", "x");
+    CreateFromOutside(live.Root(), "nul.txt", "x");
     const auto report = BackUp({}, 3);
     EXPECT_EQ(Utf8(live.Path(L"nul.txt")), report["failures"][0]["file"]);
+    EXPECT_NE(std::string::npos, report["failures"][0]["reason"].get<std::string>().find("the name of a device"));
     EXPECT_EQ(1, report["files"]);
 }
 
@@ -195,4 +177,33 @@ TEST_F(BackupContentTest, AManifestThatCannotBeWrittenIsNothingDone)
     const AgentResult result = agent.Wait();
     EXPECT_EQ(1U, result.exitCode) << result.output;
     EXPECT_NE(std::string::npos, result.output.find("kestrovane-manifest.json"));
+}
+
+TEST_F(BackupContentTest, ALinkToADirectoryIsListedAsNotBackedUp)
+{
+    live.File(L"a.txt");
+    store.File(L"elsewhere\\b.txt");
+    LinkFromOutside(store.Path(L"elsewhere"), live.Path(L"link"));
+    const auto report = BackUp();
+    EXPECT_EQ(1, report["files"]);
+    EXPECT_EQ((std::vector<std::string>{Utf8(live.Path(L"link"))}), report["notBackedUp"]);
+    EXPECT_EQ((std::vector<std::string>{"link"}), Manifest()["notBackedUp"]);
+}
+
+TEST_F(BackupContentTest, AnInterruptLeavesAnIncompleteVersion)
+{
+    constexpr int kFiles = 1000; // enough to be at work still when the interrupt comes
+    for (int i = 0; i < kFiles; ++i) {
+        live.File(std::to_wstring(i), "content");
+    }
+    AgentProcess agent({L"--json", L"backup", live.Root(), Backup()});
+    while (Versions().empty()) {
+        ::Sleep(0);
+    }
+    InterruptFromOutside(UniquePartOf(live.Root()));
+    const AgentResult result = agent.Wait();
+    EXPECT_EQ(130U, result.exitCode);
+    EXPECT_TRUE(Json::parse(result.output, nullptr, false).value("interrupted", false)) << result.output;
+    EXPECT_FALSE(Manifest()["complete"].get<bool>());
+    EXPECT_LT(Manifest()["files"].size(), static_cast<std::size_t>(kFiles));
 }

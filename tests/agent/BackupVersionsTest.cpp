@@ -110,9 +110,10 @@ TEST_F(BackupVersionsTest, KeepRemovesNothingAfterAnIncompleteRun)
     live.File(L"a.txt");
     live.File(L"b.txt");
     BackUp();
+    BackUp();
     const HeldFile held(live.File(L"a.txt", "busy"), GENERIC_READ, 0);
     BackUp({L"--keep", L"1"}, 3);
-    EXPECT_EQ(2U, Versions().size());
+    EXPECT_EQ(3U, Versions().size());
     EXPECT_FALSE(Manifest()["complete"].get<bool>());
 }
 

@@ -33,6 +33,102 @@ TEST_F(CommandLineTest, HelpGoesToStandardOutput)
     EXPECT_NE(std::string::npos, result.output.find("restore"));
 }
 
+TEST_F(CommandLineTest, WrongUsageHelpAndVersionAreOneObjectWhereJsonIsAsked)
+{
+    EXPECT_EQ(1U, RunForJson({L"unknown"}, 2)["failures"].size());
+    EXPECT_EQ(1U, RunForJson({}, 2)["failures"].size());
+    EXPECT_NE(std::string::npos, RunForJson({L"--help"}, 0)["help"].get<std::string>().find("restore"));
+    EXPECT_NE(std::string::npos, RunForJson({L"backup", L"--help"}, 0)["help"].get<std::string>().find("--exclude"));
+    EXPECT_EQ("kestrovane-agent " KESTROVANE_VERSION, RunForJson({L"--version"}, 0)["version"]);
+}
+
+TEST_F(CommandLineTest, EmptyStringsAndPathsAsPatternsAreWrongUsage)
+{
+    const std::vector<std::vector<std::wstring>> wrong = {
+        {L"list", L""},
+        {L"list", L"C:\\", L"--filter", L""},
+        {L"list", L"C:\\", L"--filter", L"sub\\*.txt"},
+        {L"backup", L"", L"D:\\b"},
+        {L"backup", L"C:\\a", L"D:\\b", L"--filter", L""},
+        {L"backup", L"C:\\a", L"D:\\b", L"--exclude", L"a/b"},
+        {L"backup", L"C:\\a", L"D:\\b", L"--keep", L"0"},
+        {L"restore", L""},
+        {L"restore", L"D:\\b", L"--owner", L""},
+        {L"delete", L"", L"--yes"},
+        {L"delete", L"C:\\a", L"--filter", L"", L"--yes"},
+        {L"delete", L"C:\\a", L"--filter", L"..\\*", L"--yes"},
+        {L"own", L"C:\\a", L""},
+        {L"verify", L""},
+        {L"show", L""},
+        {L"versions", L""},
+        {L"resolve", L""},
+    };
+    for (const auto& arguments : wrong) {
+        EXPECT_EQ(2U, RunAgent(arguments).exitCode) << Utf8(arguments.front());
+    }
+}
+
+TEST_F(CommandLineTest, AnEnumOptionShowsItsValuesAndItsDefault)
+{
+    const std::string help = RunAgent({L"restore", L"--help"}).output;
+    EXPECT_NE(std::string::npos, help.find("always|if-newer|never")) << help;
+    EXPECT_NE(std::string::npos, help.find("(default: always)")) << help;
+}
+
+TEST_F(CommandLineTest, MessagesAreAppendedToTheLogFile)
+{
+    const std::wstring log = store.File(L"agent.log", "before\r\n");
+    RunAgent({L"list", live.Path(L"missing"), L"--log", log});
+    const std::string content = ReadFileBytes(log);
+    EXPECT_EQ(0U, content.find("before\r\n"));
+    EXPECT_NE(std::string::npos, content.find(Utf8(live.Path(L"missing"))));
+    EXPECT_EQ(2U, RunAgent({L"platform", L"--log", store.Path(L"no\\such\\log")}).exitCode);
+}
+
+TEST_F(CommandLineTest, QuietWritesFailuresAndResultsAlone)
+{
+    live.File(L"a.txt");
+    const AgentResult backup = RunAgent({L"--quiet", L"backup", live.Root(), Backup()});
+    EXPECT_EQ(0U, backup.exitCode);
+    EXPECT_EQ("", backup.output);
+    EXPECT_EQ("", backup.messages);
+    EXPECT_EQ("a.txt\n", RunAgent({L"--quiet", L"list", live.Root()}).output);
+    EXPECT_NE("", RunAgent({L"--quiet", L"list", live.Path(L"missing")}).messages);
+}
+
+TEST_F(CommandLineTest, AClosedOrFullStandardOutputIsNothingDone)
+{
+    live.File(L"a.txt");
+    EXPECT_EQ(1U, AgentProcess({L"list", live.Root()}, nullptr).Wait().exitCode);
+    EXPECT_EQ(1U, AgentProcess({L"--json", L"platform"}, nullptr).Wait().exitCode);
+    SECURITY_ATTRIBUTES inheritable = {sizeof(inheritable), nullptr, TRUE};
+    const HANDLE full = ::CreateFileW(LR"(\\?\unix\dev\full)", GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                      &inheritable, OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(INVALID_HANDLE_VALUE, full) << "error " << ::GetLastError();
+    EXPECT_EQ(1U, AgentProcess({L"list", live.Root()}, full).Wait().exitCode);
+    EXPECT_EQ(1U, AgentProcess({L"--json", L"list", live.Root()}, full).Wait().exitCode);
+    ::CloseHandle(full);
+}
+
+TEST_F(CommandLineTest, TheProgramCarriesItsVersionAndItsManifest)
+{
+    const HMODULE program = ::LoadLibraryExW(AgentProgram().c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
+    ASSERT_NE(nullptr, program);
+    const auto resource = [program](const wchar_t* type) {
+        const HRSRC found = ::FindResourceW(program, MAKEINTRESOURCEW(1), type);
+        const auto* const bytes = static_cast<const char*>(::LockResource(::LoadResource(program, found)));
+        return bytes == nullptr ? std::string() : std::string(bytes, ::SizeofResource(program, found));
+    };
+    const std::string manifest = resource(RT_MANIFEST);
+    for (const char* expected : {"asInvoker", "longPathAware", "{8e0f7a12-bfb3-4fe8-b9a5-48fd50a15a9a}"}) {
+        EXPECT_NE(std::string::npos, manifest.find(expected)) << expected;
+    }
+    const std::string version = resource(RT_VERSION);
+    const std::wstring wide(reinterpret_cast<const wchar_t*>(version.data()), version.size() / sizeof(wchar_t));
+    EXPECT_NE(std::wstring::npos, wide.find(L"Kestrovane console agent"));
+    ::FreeLibrary(program);
+}
+
 TEST_F(CommandLineTest, TheLibrarysLogGoesToStandardErrorWithVerbose)
 {
     live.File(L"\u0436.txt");

@@ -1,5 +1,6 @@
 // The agent's delete and pending commands.
 
+#include "tests/support/AgentOutside.h"
 #include "tests/support/AgentTest.h"
 #include "tests/support/PendingList.h"
 
@@ -47,6 +48,69 @@ TEST_F(DeleteCommandTest, RefusesRootsTheWindowsDirectoryAndAnEmptyPath)
         EXPECT_EQ(1U, report["failures"].size()) << Utf8(path);
     }
     EXPECT_TRUE(PathExists(L"C:\\windows\\system32\\kernel32.dll"));
+}
+
+TEST_F(DeleteCommandTest, RecognisesEverySpellingOfAProtectedDirectory)
+{
+    for (const wchar_t* path :
+         {LR"(\\?\C:\windows)", LR"(\\.\C:\windows\system32)", LR"(\\?\C:\)", LR"(\\.\D:\)", L"C:/windows",
+          LR"(C:\windows\system32\..\)", LR"(C:\WINDOWS\.\SYSTEM32)", LR"(C:\windows.)", LR"(\windows)"}) {
+        const auto report = RunForJson({L"delete", path, L"--yes"}, 1);
+        EXPECT_EQ(1U, report["failures"].size()) << Utf8(path);
+        EXPECT_NE(std::string::npos, report["failures"][0]["reason"].get<std::string>().find("never deleted"))
+            << report["failures"][0];
+    }
+    EXPECT_TRUE(PathExists(L"C:\\windows\\system32\\kernel32.dll"));
+}
+
+TEST_F(DeleteCommandTest, DoesNotFollowALinkIntoAProtectedDirectory)
+{
+    live.Directory(L"tree");
+    LinkFromOutside(L"C:\\windows", live.Path(LR"(tree\link)"));
+    LinkFromOutside(L"C:\\windows\\system32", live.Path(L"direct"));
+    RunForJson({L"delete", live.Path(L"tree"), L"--yes", L"--follow-links"}, 1);
+    const auto report = RunForJson({L"delete", live.Path(L"direct"), L"--yes", L"--follow-links"}, 1);
+    EXPECT_NE(std::string::npos, report["failures"][0]["reason"].get<std::string>().find("never deleted"));
+    RunForJson({L"delete", live.Path(LR"(tree\link)"), L"--yes"}, 1);
+    EXPECT_TRUE(PathExists(L"C:\\windows\\system32\\kernel32.dll"));
+}
+
+TEST_F(DeleteCommandTest, AFilterThatMatchesNothingIsDoneInPart)
+{
+    live.File(L"a.txt");
+    const auto report = RunForJson({L"delete", live.Root(), L"--filter", L"*.none", L"--yes"}, 3);
+    EXPECT_EQ(1U, report["notes"].size());
+    EXPECT_TRUE(PathExists(live.Path(L"a.txt")));
+}
+
+TEST_F(DeleteCommandTest, NamesWhatStoppedIt)
+{
+    live.Files({LR"(sub\a)", LR"(sub\b)", LR"(sub\deep\c)"});
+    const HeldFile held(live.Path(LR"(sub\b)"), GENERIC_READ, FILE_SHARE_READ);
+    const auto tree = RunForJson({L"delete", live.Path(L"sub"), L"--yes"}, 3);
+    EXPECT_EQ(Utf8(live.Path(LR"(sub\b)")), tree["failures"][0]["file"]);
+    const auto filtered = RunForJson({L"delete", live.Path(L"sub"), L"--filter", L"*", L"--yes"}, 1);
+    EXPECT_EQ(Utf8(live.Path(LR"(sub\b)")), filtered["failures"][0]["file"]);
+}
+
+TEST_F(DeleteCommandTest, EndsBetweenTwoFilesAtAnInterrupt)
+{
+    constexpr int kFiles = 3000; // enough to be at work still when the interrupt comes
+    for (int i = 0; i < kFiles; ++i) {
+        live.File(L"many\\" + std::to_wstring(10000 + i), "");
+    }
+    AgentProcess agent({L"--json", L"delete", live.Path(L"many"), L"--yes"});
+    while (PathExists(live.Path(LR"(many\10000)"))) {
+        ::Sleep(0);
+    }
+    InterruptFromOutside(UniquePartOf(live.Root()));
+    const AgentResult result = agent.Wait();
+    EXPECT_EQ(130U, result.exitCode);
+    const Json report = Json::parse(result.output, nullptr, false);
+    ASSERT_TRUE(report.is_object()) << result.output;
+    EXPECT_LT(0, report["deleted"].get<int>());
+    EXPECT_LT(report["deleted"].get<int>(), kFiles);
+    EXPECT_TRUE(PathExists(live.Path(L"many")));
 }
 
 TEST_F(DeleteCommandTest, RefusesADirectoryThatIsTooLong)

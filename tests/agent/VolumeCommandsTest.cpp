@@ -14,15 +14,15 @@ TEST_F(VolumesCommandTest, ShowsEveryMountPathAndMarksOne)
 {
     const auto volumes = RunForJson({L"volumes"}, 0)["volumes"];
     std::vector<std::string> mountPaths;
-    int roomiest = 0;
+    int withMostFree = 0;
     for (const auto& volume : volumes) {
         mountPaths.push_back(volume["mountPath"]);
-        roomiest += volume["roomiest"].get<bool>() ? 1 : 0;
+        withMostFree += volume["mostFreeSpace"].get<bool>() ? 1 : 0;
         EXPECT_LT(0.0, volume["totalGigabytes"].get<double>());
         EXPECT_LE(volume["freeGigabytes"].get<double>(), volume["totalGigabytes"].get<double>());
     }
     EXPECT_EQ((std::vector<std::string>{"C:\\", "D:\\"}), mountPaths);
-    EXPECT_EQ(1, roomiest);
+    EXPECT_EQ(1, withMostFree);
     EXPECT_NE(std::string::npos, RunAgent({L"volumes"}).output.find("D:\\"));
 }
 

@@ -48,6 +48,8 @@ std::wstring Quoted(const std::wstring& argument)
     return quoted.append(backslashes, L'\\') + L"\"";
 }
 
+} // namespace
+
 std::wstring AgentProgram()
 {
     wchar_t path[MAX_PATH] = {};
@@ -56,10 +58,19 @@ std::wstring AgentProgram()
     return program.substr(0, program.rfind(L'\\') + 1) + L"kestrovane-agent.exe";
 }
 
-} // namespace
-
 AgentProcess::AgentProcess(const std::vector<std::wstring>& arguments)
     : m_output(TemporaryFile()), m_messages(TemporaryFile())
+{
+    Start(arguments, m_output);
+}
+
+AgentProcess::AgentProcess(const std::vector<std::wstring>& arguments, HANDLE output)
+    : m_output(TemporaryFile()), m_messages(TemporaryFile())
+{
+    Start(arguments, output);
+}
+
+void AgentProcess::Start(const std::vector<std::wstring>& arguments, HANDLE output)
 {
     std::wstring command = Quoted(AgentProgram());
     for (const std::wstring& argument : arguments) {
@@ -68,7 +79,7 @@ AgentProcess::AgentProcess(const std::vector<std::wstring>& arguments)
     STARTUPINFOW startup = {};
     startup.cb = sizeof(startup);
     startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdOutput = m_output;
+    startup.hStdOutput = output;
     startup.hStdError = m_messages;
     EXPECT_TRUE(::CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, CREATE_NEW_PROCESS_GROUP, nullptr,
                                  nullptr, &startup, &m_process))
@@ -90,11 +101,6 @@ void AgentProcess::Kill()
 {
     ::TerminateProcess(m_process.hProcess, 1);
     ::WaitForSingleObject(m_process.hProcess, kPatience);
-}
-
-void AgentProcess::PressCtrlBreak()
-{
-    EXPECT_TRUE(::GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, m_process.dwProcessId)) << "error " << ::GetLastError();
 }
 
 AgentResult AgentProcess::Wait()

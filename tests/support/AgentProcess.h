@@ -13,6 +13,8 @@ struct AgentResult {
     std::string messages; // standard error, the same
 };
 
+std::wstring AgentProgram(); // its path
+
 // Runs the agent with the arguments to its end.
 AgentResult RunAgent(const std::vector<std::wstring>& arguments);
 
@@ -20,15 +22,19 @@ AgentResult RunAgent(const std::vector<std::wstring>& arguments);
 class AgentProcess {
 public:
     explicit AgentProcess(const std::vector<std::wstring>& arguments);
+
+    // With another standard output: an inheritable handle, or null for a closed one.
+    AgentProcess(const std::vector<std::wstring>& arguments, HANDLE output);
     ~AgentProcess();
     AgentProcess(const AgentProcess&) = delete;
     AgentProcess& operator=(const AgentProcess&) = delete;
 
     void Kill();
-    void PressCtrlBreak();
     AgentResult Wait();
 
 private:
+    void Start(const std::vector<std::wstring>& arguments, HANDLE output);
+
     HANDLE m_output = nullptr;
     HANDLE m_messages = nullptr;
     PROCESS_INFORMATION m_process = {};

@@ -49,6 +49,9 @@ protected:
 
     void MakeBackup() const { RunForJson({L"backup", live.Root(), Backup()}, 0); }
 
+    // The path component of a test directory that no other test has.
+    static std::wstring UniquePartOf(const std::wstring& root) { return root.substr(3, root.find(L'\\', 3) - 3); }
+
     // The names of the versions, the oldest first.
     StringList Versions() const
     {

@@ -1,0 +1,24 @@
+#!/bin/sh
+# The progress bar on a terminal: progress.sh EMULATOR AGENT. It must show the scan, and move within one large file.
+set -eu
+
+emulator=$1
+agent=$2
+prefix=${KESTROVANE_PREFIX:-$(CDPATH='' cd -- "$(dirname -- "$0")/../.." && pwd)/build/wine}
+work=$prefix/drive_c/progress-$$
+trap 'rm -rf "$work"' EXIT
+mkdir -p "$work/live"
+truncate -s 384M "$work/live/large"
+
+windows="C:\\progress-$$"
+script -qec "stty cols 100; '$emulator' '$agent' backup '$windows\\live' '$windows\\target'" "$work/terminal" \
+    </dev/null >/dev/null
+tr '\r\033' '\n\n' <"$work/terminal" >"$work/lines"
+
+expect() {
+    grep -qE -- "$1" "$work/lines" || { echo "progress: no line matches $1" >&2; cat "$work/lines" >&2; exit 1; }
+}
+expect 'Scanning: 1 files'
+expect 'Backing up \[#+\.+\] 0/1, [1-9][0-9]*/384 MiB, [0-9]+ MiB/s, [0-9]+:[0-9]{2} left'
+expect '1/1, 384/384 MiB, checking the copies'
+expect 'files +1'
