@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# The demonstration: demo.sh AGENT DIR. Backs DIR up from a "snapshot" while the live files change, damages the live copy, restores one part in
-# place and the rest through two mappings while a second process holds two of the files, restarts, and compares every byte
-# with DIR.
+# The demonstration: demo.sh AGENT DIR. Backs DIR up from a "snapshot" while the live files change, adds a second version,
+# verifies both, restores into another directory, damages the live copy, kills a restore and lets the next one repair it,
+# restores one part in place and the rest through two mappings while a second process has two of the files open, reboots, and
+# compares every byte with DIR.
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -12,19 +13,34 @@ live=$prefix/drive_c/Demo/Live      # C:\Demo\Live
 snapshot=$prefix/drive_c/Demo/Snapshot # stands for the snapshot device of C:
 backup=$prefix/drive_d/Demo/Backup  # D:\Demo\Backup
 other=$prefix/drive_d/Demo/Restored # D:\Demo\Restored
+aside=$prefix/drive_d/Demo/Aside    # D:\Demo\Aside
 work=$root/build/demo
 
 agent() {
     "$root/tools/wine.sh" "$agent" "$@"
 }
 
-# Opens a live file in a second process, which keeps it until the restart.
+# expect CODE COMMAND...: runs a command that must end with this exit code.
+expect() {
+    local expected=$1 code=0
+    shift
+    "$@" || code=$?
+    [[ $code -eq $expected ]] || fail "'$*' ended with $code instead of $expected"
+}
+
+fail() {
+    echo "demo: $*" >&2
+    exit 1
+}
+
+# Opens a live file in a second process, which keeps it until the reboot.
 hold() {
     local windows="C:\\Demo\\Live\\${1//\//\\}" ready
     exec {holder}< <("$root/tools/wine.sh" "${agent%/*}/kestrovane-file-locker.exe" "$windows" 2147483648 1 "demo-$1")
-    read -r -t 60 -u "$holder" ready && [[ $ready == ready* ]] || { echo "demo: $windows could not be held" >&2; exit 1; }
+    read -r -t 60 -u "$holder" ready && [[ $ready == ready* ]] || fail "$windows could not be opened"
 }
 
+# The reboot of the prefix.
 restart() {
     "$root/tools/wine.sh" stop
     "$root/tools/wine.sh" start
@@ -69,26 +85,63 @@ change_after_snapshot() {
     done <"$work/files"
 }
 
-# Counts the files of the backup that hold what they held when the snapshot was taken.
-compare_backup() {
-    local file
-    from_snapshot=0
+# identical DIR: counts the files of DIR that hold what those of the source do.
+identical() {
+    local file count=0
     while IFS= read -r file; do
-        cmp -s "$source/$file" "$backup/$file" && from_snapshot=$((from_snapshot + 1))
+        cmp -s "$source/$file" "$1/$file" && count=$((count + 1))
     done <"$work/files"
-    [[ $from_snapshot -eq $(wc -l <"$work/files") ]] || { echo "demo: the backup holds changed files" >&2; exit 1; }
+    echo "$count"
+}
+
+# The newest version of the backup.
+newest() {
+    find "$backup" -mindepth 1 -maxdepth 1 -type d | LC_ALL=C sort | tail -n 1
+}
+
+# The backup must hold what the files held when the snapshot was taken.
+compare_backup() {
+    from_snapshot=$(identical "$(newest)")
+    [[ $from_snapshot -eq $total ]] || fail "the backup holds changed files"
     rm -rf "$live" && cp -a "$snapshot/Demo/Live" "$live"
+}
+
+# Ends a restore in place in the middle of its work. Every file must be the damaged or the restored one, whole.
+kill_restore() {
+    local before file pid
+    before=$(identical "$live")
+    rm -rf "$work/damaged" && cp -a "$live" "$work/damaged"
+    "$root/tools/wine.sh" "$agent" restore 'D:\Demo\Backup' >"$work/killed.log" 2>&1 & # no function: its shell would be killed
+    pid=$!
+    for _ in {1..2000}; do
+        sleep 0.01
+        [[ $(wc -l <"$work/killed.log") -gt 0 ]] && break
+    done
+    sleep 0.3
+    kill -KILL "$pid" 2>/dev/null || fail "the restore was over before it could be killed"
+    wait "$pid" 2>/dev/null || true
+    while IFS= read -r file; do
+        cmp -s "$source/$file" "$live/$file" && continue
+        [[ ! -e $live/$file && ! -e $work/damaged/$file ]] && continue
+        cmp -s "$work/damaged/$file" "$live/$file" || fail "the killed restore left half of $file"
+    done <"$work/files"
+    restored_before_kill=$(($(identical "$live") - before))
 }
 
 # Chooses what the mappings cover, near to half of the files: a top directory with everything below it, and one extension.
 choose_mappings() {
     awk -F/ 'NF > 1 { count[$1]++ } END { for (name in count) print count[name], name }' "$work/files" | sort -rn >"$work/directories"
     directory=$(awk -v total="$(wc -l <"$work/files")" '$1 <= total / 3 { sub(/^[0-9]+ /, ""); print; exit }' "$work/directories")
-    directory=${directory:-no such directory}
     extension=$(awk -F/ -v skipped="$directory" '$1 != skipped && match(tolower($NF), /\.[a-z0-9]+$/) {
             count[substr(tolower($NF), RSTART)]++ }
         END { for (name in count) print count[name], name }' "$work/files" | sort -rn | awk 'NR == 1 { print $2 }')
-    extension=${extension:-.none}
+    mappings=()
+    if [[ -n $directory ]]; then
+        mappings+=(--map-from "C:\\Demo\\Live\\${directory//\//\\}" --map-to 'D:\Demo\Restored\tree' --map-recursive)
+    fi
+    if [[ -n $extension ]]; then
+        mappings+=(--map-from 'C:\Demo\Live' --map-to 'D:\Demo\Restored\by-name' --map-spec "*$extension" --map-recursive)
+    fi
 }
 
 # Deletes every third file of the live copy, cuts another third and overwrites the last.
@@ -107,9 +160,9 @@ damage_live() {
 # Prints where a file must be after the restore.
 place_of() {
     local lower=${1,,}
-    if [[ $1 == "$directory"/* ]]; then
+    if [[ -n $directory && $1 == "$directory"/* ]]; then
         printf '%s' "$other/tree/${1#*/}"
-    elif [[ $lower == *"$extension" ]]; then
+    elif [[ -n $extension && $lower == *"$extension" ]]; then
         printf '%s' "$other/by-name/$1"
     else
         printf '%s' "$live/$1"
@@ -144,12 +197,15 @@ compare() {
 summary() {
     say "Summary"
     printf '%-34s %12s\n' \
-        "files backed up" "$(wc -l <"$work/files")" \
+        "files backed up" "$total" \
         "with content of the snapshot" "$from_snapshot" \
-        "left out (no Windows name)" "$(($(wc -l <"$work/all") - $(wc -l <"$work/files")))" \
+        "in the second version, unchanged" "$unchanged" \
+        "restored to another directory" "$aside_identical" \
+        "restored before the kill" "$restored_before_kill" \
+        "left out (no Windows name)" "$(($(wc -l <"$work/all") - total))" \
         "restored in place, identical" "$in_place" \
         "restored elsewhere, identical" "$mapped" \
-        "of these replaced at the restart" "${#held[@]}" \
+        "of these replaced at the reboot" "${#held[@]}" \
         "different" "$different" \
         "bytes compared" "$bytes" \
         "seconds" "$SECONDS"
@@ -158,6 +214,7 @@ summary() {
 rm -rf "$work"
 mkdir -p "$work"
 list_source
+total=$(wc -l <"$work/files")
 copy_to_live
 choose_mappings
 
@@ -169,10 +226,36 @@ say "Backing up C:\\Demo\\Live (a copy of ${source##*/}) to D:\\Demo\\Backup"
 agent backup 'C:\Demo\Live' 'D:\Demo\Backup' --snapshot 'C:=C:\Demo\Snapshot'
 compare_backup
 echo "All $from_snapshot files of the backup hold their content at the time of the snapshot."
+first=$(basename "$(newest)")
 
-say "Deleting, cutting and overwriting the live files"
+say "Backing up again: a second version, in which one file is new"
+echo 'new in the second version' >"$live/new in the second version.txt"
+agent --json backup 'C:\Demo\Live' 'D:\Demo\Backup' >"$work/second.json"
+unchanged=$(sed -n 's/^ *"unchanged": \([0-9]*\),*$/\1/p' "$work/second.json")
+agent versions 'D:\Demo\Backup'
+
+say "Verifying both versions"
+agent --quiet verify 'D:\Demo\Backup'
+agent --quiet verify 'D:\Demo\Backup' --at "$first"
+echo "Every copy is what its manifest says."
+
+say "Restoring the second version to D:\\Demo\\Aside"
+agent restore 'D:\Demo\Backup' --to 'D:\Demo\Aside'
+aside_identical=$(identical "$aside")
+[[ $aside_identical -eq $total && -e "$aside/new in the second version.txt" ]] || fail "D:\\Demo\\Aside differs"
+
+say "Deleting, cutting and overwriting the live files, and killing a restore in the middle"
 damage_live
+kill_restore
+echo "Killed after $restored_before_kill of $total files; every file is a whole one, the old or the new."
 
+say "The next restore repairs it"
+agent restore 'D:\Demo\Backup' --at "$first"
+[[ $(identical "$live") -eq $total ]] || fail "the restore after the kill is not complete"
+[[ -z $(find "$live" -name 'kv????????????.*') ]] || fail "the killed restore has left a file"
+
+say "Damaging the live files once more"
+damage_live
 mapfile -t held < <(choose_held)
 for file in "${held[@]}"; do
     say "A second process opens C:\\Demo\\Live\\${file//\//\\}"
@@ -181,16 +264,13 @@ for file in "${held[@]}"; do
 done
 
 say "Restoring: '$directory' and all below it to D:\\Demo\\Restored\\tree, *$extension to D:\\Demo\\Restored\\by-name, the rest in place"
-code=0
-agent restore 'D:\Demo\Backup' --protect-live \
-    --map "C:\\Demo\\Live\\${directory//\//\\}=D:\\Demo\\Restored\\tree;*;recursive" \
-    --map "C:\\Demo\\Live=D:\\Demo\\Restored\\by-name;*$extension;recursive" || code=$?
-[[ $code -eq $((${#held[@]} > 0 ? 4 : 0)) ]] || { echo "demo: the restore ended with $code" >&2; exit 1; }
+expect $((${#held[@]} > 0 ? 4 : 0)) agent restore 'D:\Demo\Backup' --at "$first" \
+    --unmapped in-place "${mappings[@]}"
 
-say "Registered for the next restart"
+say "Registered for the next reboot"
 agent pending
 
-say "Restarting"
+say "Rebooting"
 restart
 agent pending
 

@@ -138,6 +138,10 @@ Query ReadQuery(const MapOptions& options)
 int RunMap(const MapOptions& options)
 {
     Report report("map");
+    if (const auto reason = WhyMappingsAreIncomplete(options.mappings)) {
+        report.Fail(L"the command line", *reason);
+        return report.FinishObject(kWrongUsage);
+    }
     const Query query = ReadQuery(options);
     Mappings mappings = options.mappings;
     const Place place = FindPlace(query.directory, query.spec, mappings);

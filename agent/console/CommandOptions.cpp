@@ -118,6 +118,20 @@ void CommandOptions::InOrder(const std::string& name, const std::string& type, c
     AddEach(m_app, name, help, take)->trigger_on_parse()->type_name(type);
 }
 
+void CommandOptions::FlagInOrder(const std::string& name, const std::string& help, std::function<std::wstring()> take)
+{
+    m_app
+        .add_flag_callback(
+            name,
+            [name, take = std::move(take)] {
+                if (const std::wstring reason = take(); !reason.empty()) {
+                    throw CLI::ValidationError(name, Utf8(reason));
+                }
+            },
+            help)
+        ->trigger_on_parse();
+}
+
 void CommandOptions::AddChoice(const std::string& name, const std::vector<std::string>& names,
                                const std::string& standard, const std::string& help,
                                std::function<void(std::size_t)> take)

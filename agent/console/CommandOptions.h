@@ -40,6 +40,7 @@ public:
     // command line. It returns why a value is wrong usage, or an empty string.
     void InOrder(const std::string& name, const std::string& type, const std::string& help,
                  const std::function<std::wstring(const std::wstring& value)>& take);
+    void FlagInOrder(const std::string& name, const std::string& help, std::function<std::wstring()> take);
 
     // An option with a set of values, which the help shows with the default.
     template <typename Value>

@@ -9,6 +9,7 @@
 #include <bcrypt.h>
 
 #include <array>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -103,27 +104,72 @@ std::optional<FileDigest> Sha256::Finish()
     return FileDigest{Hexadecimal(digest), size};
 }
 
-std::optional<FileDigest> DigestFile(const std::wstring& path, const OnBytes& onBytes)
-{
-    thread_local Sha256 hash;
-    thread_local std::vector<char> block(kReadBlock);
-    const UniqueHandle file = Own(::CreateFileW(path.c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
-                                                FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
-    if (file == nullptr) {
-        return std::nullopt;
+namespace {
+
+// What reading and hashing one file takes.
+struct Reader {
+    Sha256 hash;
+    std::vector<char> block = std::vector<char>(kReadBlock);
+};
+
+// Readers that wait for the next file. A thread_local one would be freed before its destructor runs: the toolchain's runtime
+// ends a thread in that order.
+class ReaderPool {
+public:
+    std::unique_ptr<Reader> Take()
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_readers.empty()) {
+            return std::make_unique<Reader>();
+        }
+        auto reader = std::move(m_readers.back());
+        m_readers.pop_back();
+        return reader;
     }
+
+    void Return(std::unique_ptr<Reader> reader)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_readers.push_back(std::move(reader));
+    }
+
+private:
+    std::mutex m_mutex;
+    std::vector<std::unique_ptr<Reader>> m_readers;
+};
+
+std::optional<FileDigest> DigestWith(Reader& reader, HANDLE file, const OnBytes& onBytes)
+{
     DWORD read = 0;
     do {
-        if (!::ReadFile(file.get(), block.data(), static_cast<DWORD>(block.size()), &read, nullptr) ||
-            !hash.Add(block.data(), read)) {
-            hash.Finish(); // discards what was added
+        if (!::ReadFile(file, reader.block.data(), static_cast<DWORD>(reader.block.size()), &read, nullptr) ||
+            !reader.hash.Add(reader.block.data(), read)) {
+            const DWORD error = ::GetLastError();
+            reader.hash.Finish(); // discards what was added
+            ::SetLastError(error);
             return std::nullopt;
         }
         if (onBytes) {
             onBytes(read);
         }
     } while (read > 0);
-    return hash.Finish();
+    return reader.hash.Finish();
+}
+
+} // namespace
+
+std::optional<FileDigest> DigestFile(const std::wstring& path, const OnBytes& onBytes)
+{
+    static ReaderPool pool;
+    const UniqueHandle file = Own(::CreateFileW(path.c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
+                                                FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
+    if (file == nullptr) {
+        return std::nullopt;
+    }
+    auto reader = pool.Take();
+    auto digest = DigestWith(*reader, file.get(), onBytes);
+    pool.Return(std::move(reader));
+    return digest;
 }
 
 } // namespace agent

@@ -1,13 +1,14 @@
-// Putting a backup's content in the place of a live file.
+// Restoring one file.
 
 #include "agent/restore/Replacement.h"
 
 #include "agent/platform/Errors.h"
-#include "agent/platform/FileInformation.h"
-#include "agent/platform/Paths.h"
-#include "agent/platform/Volumes.h"
+#include "agent/platform/Handles.h"
+#include "agent/platform/Security.h"
+#include "agent/restore/KeptProperties.h"
+#include "agent/restore/RecordFormat.h"
 
-#include <Kestrovane.h>
+#include <memory>
 
 namespace agent {
 
@@ -15,115 +16,208 @@ namespace {
 
 using Outcome = ReplacementResult::Outcome;
 
-ReplacementResult Failed(const std::wstring& reason)
-{
-    return {Outcome::kFailed, reason, {}};
-}
+constexpr std::size_t kWorkers = 8; // with more, small files are restored no faster
 
-bool Matches(const std::wstring& path, const FileDigest& digest)
-{
-    const auto found = DigestFile(path);
-    return found && *found == digest;
-}
-
-// A cache file that is deleted at the end of the scope, or at the next restart, unless it is kept.
-class CacheFile {
+// A staged file is deleted at the end of the scope, unless it has taken the target's place.
+class StagedFile {
 public:
-    CacheFile(const std::wstring& target, bool temporary)
+    explicit StagedFile(std::wstring path) : m_path(std::move(path)) {}
+    ~StagedFile()
     {
-        if (!CreateCacheFile(target, m_path, kRestorePrefix, temporary, false)) {
-            m_error = ::GetLastError();
+        if (!m_isPlaced) {
+            const DWORD error = ::GetLastError();
+            ::SetFileAttributesW(m_path.c_str(), FILE_ATTRIBUTE_NORMAL); // a read-only file cannot be deleted
+            ::DeleteFileW(m_path.c_str());
+            ::SetLastError(error);
         }
     }
-    ~CacheFile()
-    {
-        if (!m_kept && !m_path.empty()) {
-            std::vector<std::wstring> paths = {m_path};
-            DeleteCacheFileList(paths);
-        }
-    }
-    CacheFile(const CacheFile&) = delete;
-    CacheFile& operator=(const CacheFile&) = delete;
+    StagedFile(const StagedFile&) = delete;
+    StagedFile& operator=(const StagedFile&) = delete;
 
     const std::wstring& Path() const { return m_path; }
-    DWORD Error() const { return m_error; } // 0 when the file was made
-    void Keep() { m_kept = true; }
+
+    // Takes the target's place in one step: there is no moment without a whole file. ReplaceFileW has one, between the removal
+    // of the old file and the move of the new one. On failure the last error tells why, and the target is as it was.
+    bool TakePlace(const std::wstring& target, bool replaces)
+    {
+        const DWORD flags = replaces ? MOVEFILE_WRITE_THROUGH | MOVEFILE_REPLACE_EXISTING : 0;
+        m_isPlaced = ::MoveFileExW(m_path.c_str(), target.c_str(), flags) != FALSE;
+        return m_isPlaced;
+    }
 
 private:
     std::wstring m_path;
-    DWORD m_error = ERROR_SUCCESS;
-    bool m_kept = false;
+    bool m_isPlaced = false;
 };
+
+// Clears the read-only attribute of a file for one scope. The attribute is set again at the end, unless the file was replaced.
+class WritableScope {
+public:
+    explicit WritableScope(const RestoreStep& step)
+        : m_step(step), m_changed(step.replaces && step.present.IsReadOnly())
+    {
+        if (m_changed) {
+            ::SetFileAttributesW(step.target.path.c_str(),
+                                 step.present.attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
+        }
+    }
+    ~WritableScope()
+    {
+        if (m_changed) {
+            ::SetFileAttributesW(m_step.target.path.c_str(), m_step.present.attributes);
+        }
+    }
+    WritableScope(const WritableScope&) = delete;
+    WritableScope& operator=(const WritableScope&) = delete;
+
+    void LeaveAsItIs() { m_changed = false; }
+
+private:
+    const RestoreStep& m_step;
+    bool m_changed;
+};
+
+// Access that is denied is another matter: no reboot would change that.
+bool IsInUse(const RestoreStep& step)
+{
+    if (!step.replaces) {
+        return false;
+    }
+    const WritableScope writable(step);
+    const UniqueHandle file = Own(::CreateFileW(step.target.path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                                FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    return file == nullptr && ::GetLastError() == ERROR_SHARING_VIOLATION;
+}
+
+std::wstring WhyNotPlaced(DWORD error)
+{
+    return error == ERROR_ALREADY_EXISTS ? L"a file has appeared there since the restore began" : SystemReason(error);
+}
+
+ReplacementResult Failed(RestoreFailure failure)
+{
+    return {Outcome::kFailed, std::move(failure), {}};
+}
+
+// A backup that does not know the attributes leaves those of the old file.
+DWORD AttributesFor(const RestoreStep& step)
+{
+    const DWORD known = step.file.attributes != 0 ? step.file.attributes : step.present.attributes;
+    const DWORD restored = known & kRestoredAttributes;
+    return known != 0 && restored == 0 ? FILE_ATTRIBUTE_NORMAL : restored;
+}
+
+// Runs on a worker thread, and calls nothing of the library's.
+ReplacementResult VerifyAndPlace(const RestoreStep& step, StagedFile& staged)
+{
+    const std::wstring& target = step.target.path;
+    const Durability durability = step.replaces ? Durability::kFlushed : Durability::kUnflushed;
+    if (auto failure = VerifyNewContent(step.source, staged.Path(), step.file, target, durability)) {
+        return Failed(std::move(*failure));
+    }
+    const auto lost = step.replaces ? KeepProperties(target, staged.Path()) : std::nullopt;
+    if (lost) {
+        return Failed({target, *lost});
+    }
+    const FileTime created = step.file.created != 0 ? step.file.created : step.present.created;
+    WritableScope writable(step);
+    if (!SetInformation(staged.Path(), created, step.file.modified, AttributesFor(step)) ||
+        !staged.TakePlace(target, step.replaces)) {
+        return Failed({target, WhyNotPlaced(::GetLastError())});
+    }
+    writable.LeaveAsItIs();
+    return {Outcome::kNow, std::nullopt, target};
+}
 
 } // namespace
 
-Replacement::Replacement(const RestoreJournal& journal, bool temporaryCache, std::vector<CacheSite> sites)
-    : m_journal(journal), m_temporaryCache(temporaryCache), m_sites(std::move(sites))
+Replacement::Replacement(RestoreRecord& record, RebootReplacement& reboot, bool withSecurity, OnResult onResult)
+    : m_record(record),
+      m_reboot(reboot),
+      m_withSecurity(withSecurity),
+      m_onResult(std::move(onResult)),
+      m_threads(kWorkers)
 {
 }
 
-ReplacementResult Replacement::Replace(const std::wstring& source, const std::wstring& target, const ManifestFile& file)
+void Replacement::Add(const RestoreStep& step)
 {
-    std::wstring asked = target;
-    return IsCanReplaceFile(asked) ? ReplaceNow(source, target, file) : ReplaceAtRestart(source, target, file);
+    std::future<ReplacementResult> later;
+    ReplacementResult now = Start(step, later);
+    if (!later.valid()) {
+        std::promise<ReplacementResult> done;
+        done.set_value(std::move(now));
+        later = done.get_future();
+    }
+    m_works.push_back({&step, std::move(later)});
+    if (m_works.size() == kMostStagedFiles) { // the next one takes the staging name of the oldest
+        FinishOldest();
+    }
 }
 
-bool Replacement::WriteJournal(const std::wstring& target, const std::vector<std::wstring>& cacheDirectories)
+void Replacement::Finish()
 {
-    JournalEntry entry{target, m_sites};
-    for (const std::wstring& directory : cacheDirectories) {
-        entry.sites.push_back(SurveyCacheSite(directory, kRestorePrefix));
+    while (!m_works.empty()) {
+        FinishOldest();
     }
-    return m_journal.Write(entry);
 }
 
-ReplacementResult Replacement::ReplaceNow(const std::wstring& source, const std::wstring& target,
-                                          const ManifestFile& file)
+// Writes the new content. The result comes later, unless the file failed or is in use.
+ReplacementResult Replacement::Start(const RestoreStep& step, std::future<ReplacementResult>& later)
 {
-    WriteJournal(target, {});
-    if (DoCopyComponentFile(source, target) == 0) {
-        const DWORD error = ::GetLastError();
-        const bool refused = error == ERROR_SHARING_VIOLATION || error == ERROR_ACCESS_DENIED;
-        // A copy that failed once the target was open has already cut it.
-        const bool cut = !refused && ReadInformation(target).has_value() && !Matches(target, file.digest);
-        return Failed(SystemReason(error) + (cut ? L"; the file is incomplete" : L""));
+    if (!IsConfined(step.target.path, step.target.bound)) {
+        return Failed({step.target.path, L"it would leave " + step.target.bound});
     }
-    // The copy ends with success also when a read error cuts it short.
-    if (!Matches(target, file.digest)) {
-        return Failed(L"the file was written, but it is incomplete");
+    if (IsInUse(step)) {
+        return ReplaceAtReboot(step);
     }
-    SetTimes(target, 0, file.modified);
-    return {Outcome::kNow, {}, target};
+    const auto staged = std::make_shared<StagedFile>(m_record.NextStagingPath(step.stagingDirectory));
+    if (auto failure = WriteNewContent(step.source, staged->Path(), step.target.path)) {
+        return Failed(std::move(*failure));
+    }
+    const auto task = std::make_shared<std::packaged_task<ReplacementResult()>>(
+        [&step, staged] { return VerifyAndPlace(step, *staged); });
+    later = task->get_future();
+    m_threads.Add([task] { (*task)(); });
+    return {};
 }
 
-ReplacementResult Replacement::ReplaceAtRestart(const std::wstring& source, const std::wstring& target,
-                                                const ManifestFile& file)
+void Replacement::FinishOldest()
 {
-    // Windows would register a move on a share or between volumes, and do nothing at the restart.
-    if (IsOnShare(target)) {
-        return Failed(L"the file is in use, and on a share nothing can be replaced at a restart");
+    Work work = std::move(m_works.front());
+    m_works.pop_front();
+    ReplacementResult result = work.result.get();
+    if (result.outcome == Outcome::kFailed && IsInUse(*work.step)) {
+        result = ReplaceAtReboot(*work.step); // it was opened meanwhile
     }
-    const std::wstring beside = ParentOf(target);
-    const bool temporary = m_temporaryCache && IsSameVolume(TemporaryDirectory(), target);
-    WriteJournal({}, {temporary ? TemporaryDirectory() : beside});
-    CacheFile cache(target, temporary);
-    if (cache.Error() != ERROR_SUCCESS) {
-        return Failed(L"the file is in use, and no cache file can be made: " + SystemReason(cache.Error()));
+    Complete(*work.step, result);
+    m_onResult(*work.step, result);
+}
+
+// Security comes last, because the process may have no access afterwards.
+void Replacement::Complete(const RestoreStep& step, ReplacementResult& result)
+{
+    std::optional<std::wstring> reason;
+    if (result.outcome == Outcome::kNow) {
+        reason = m_reboot.TakeBackEarlier(step.target.path);
     }
-    if (!IsSameVolume(cache.Path(), target)) {
-        return Failed(L"the file is in use, and its cache file " + cache.Path() + L" is on another volume");
+    if (result.outcome != Outcome::kFailed && m_withSecurity && !step.file.security.empty() && !reason) {
+        reason = WriteSecurity(result.written, step.file.security);
     }
-    if (DoCopyComponentFile(source, cache.Path()) == 0 || !Matches(cache.Path(), file.digest)) {
-        return Failed(L"the file is in use, and its cache file cannot be filled: " + LastReason());
+    if (reason) {
+        result.failure = {step.target.path, *reason};
     }
-    SetTimes(cache.Path(), 0, file.modified);
-    std::wstring asked = target;
-    if (!MoveCacheFile(cache.Path(), asked)) {
-        return Failed(L"the file is in use, and its replacement cannot be registered, which takes an administrator: " +
-                      LastReason());
+}
+
+ReplacementResult Replacement::ReplaceAtReboot(const RestoreStep& step)
+{
+    WritableScope writable(step);
+    auto registered = m_reboot.Register(step, AttributesFor(step));
+    if (registered.failure && registered.cacheFile.empty()) {
+        return Failed(std::move(*registered.failure));
     }
-    cache.Keep();
-    return {Outcome::kAtRestart, {}, cache.Path()};
+    writable.LeaveAsItIs(); // a move at the reboot does not replace a read-only file
+    return {Outcome::kAtReboot, std::move(registered.failure), registered.cacheFile};
 }
 
 } // namespace agent

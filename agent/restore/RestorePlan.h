@@ -2,10 +2,12 @@
 
 #pragma once
 
-#include "agent/backup/Manifest.h"
+#include "agent/backup/Versions.h"
 #include "agent/console/Report.h"
+#include "agent/restore/Placement.h"
 #include "agent/restore/RestoreOptions.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -13,21 +15,26 @@ namespace agent {
 
 struct RestoreStep {
     std::wstring source; // in the backup
-    std::wstring directory;
-    std::wstring target; // in `directory`
-    bool mapped = false;
-    bool replaces = false; // a file is there already
+    Destination target;
     ManifestFile file;
+    bool replaces = false;         // a file is there already
+    FileInformation present = {};  // of that file
+    std::wstring stagingDirectory; // where the new content is written
+};
+
+struct DirectoryStep {
+    Destination target;
+    ManifestDirectory directory;
 };
 
 struct RestorePlan {
-    std::vector<std::wstring> directories;
+    std::vector<DirectoryStep> directories; // parents first
     std::vector<RestoreStep> steps;
+    std::int64_t bytes = 0;
+    bool isRejected = false; // nothing may be restored: the options do not fit the backup
 };
 
-// Failures and skipped files go to the report. `unfinished` is a file that an earlier restore left half-written: it is
-// replaced whatever the options say.
-RestorePlan PlanRestore(const RestoreOptions& options, const std::wstring& backup, const ReadManifest& loaded,
-                        const std::wstring& unfinished, Report& report);
+// Failures, and files that are skipped or left out, go to the report.
+RestorePlan PlanRestore(const RestoreOptions& options, const LoadedVersion& version, Report& report);
 
 } // namespace agent

@@ -4,7 +4,7 @@
 
 using RestoreCommandTest = AgentTest;
 
-TEST_F(RestoreCommandTest, PutsDamagedAndDeletedFilesBack)
+TEST_F(RestoreCommandTest, RestoresDamagedAndDeletedFiles)
 {
     MakeLiveTree();
     MakeBackup();
@@ -17,7 +17,7 @@ TEST_F(RestoreCommandTest, PutsDamagedAndDeletedFilesBack)
     }
 }
 
-TEST_F(RestoreCommandTest, MakesEmptyDirectoriesAgain)
+TEST_F(RestoreCommandTest, CreatesEmptyDirectoriesAgain)
 {
     live.Directory(LR"(empty\below)");
     MakeBackup();
@@ -33,9 +33,11 @@ TEST_F(RestoreCommandTest, SendsMappedFilesElsewhereAndLeavesTheirLiveFilesAlone
     MakeBackup();
     live.File(LR"(sub\b.log)", "newer");
     const std::wstring other = store.Path(L"other");
-    const auto report =
-        RunForJson({L"restore", Backup(), L"--map", live.Path(L"sub") + L"\\=" + other + L"\\;*;recursive"}, 0);
+    const auto report = RunForJson({L"restore", Backup(), L"--unmapped", L"in-place", L"--map",
+                                    live.Path(L"sub") + L"\\=" + other + L"\\;*;recursive"},
+                                   0);
     EXPECT_EQ(2, report["mapped"]);
+    EXPECT_EQ(6, report["restored"]);
     EXPECT_EQ("newer", ReadFileBytes(live.Path(LR"(sub\b.log)")));
     EXPECT_EQ(SampleBytes(8193), ReadFileBytes(other + L"\\b.log"));
     EXPECT_EQ(SampleBytes(100000), ReadFileBytes(other + LR"(\deeper\c.txt)"));
@@ -55,7 +57,7 @@ TEST_F(RestoreCommandTest, TheFirstMappingThatCoversAFileDecides)
     EXPECT_EQ(SampleBytes(8192), ReadFileBytes(second + L"\\block.bin"));
 }
 
-TEST_F(RestoreCommandTest, RefusesTwoFilesThatWouldGoToOnePlace)
+TEST_F(RestoreCommandTest, RejectsTwoFilesThatWouldGoToOnePlace)
 {
     live.File(LR"(one\same.txt)", "1");
     live.File(LR"(two\same.txt)", "2");
@@ -101,7 +103,9 @@ TEST_F(RestoreCommandTest, ADryRunShowsThePlanAndChangesNothing)
     MakeBackup();
     live.File(L"a.txt", "mine");
     const std::wstring other = store.Path(L"other");
-    const auto report = RunForJson({L"restore", Backup(), L"--dry-run", L"--map", live.Path(L"sub") + L"=" + other}, 0);
+    const auto report = RunForJson(
+        {L"restore", Backup(), L"--dry-run", L"--unmapped", L"in-place", L"--map", live.Path(L"sub") + L"=" + other},
+        0);
     EXPECT_EQ(6U, report["plan"].size());
     EXPECT_EQ("mine", ReadFileBytes(live.Path(L"a.txt")));
     EXPECT_FALSE(PathExists(other));
@@ -141,7 +145,7 @@ TEST_F(RestoreCommandTest, ATruncatedManifestIsAnErrorThatNamesIt)
     }
 }
 
-TEST_F(RestoreCommandTest, RefusesNamesThatLeaveTheirDirectory)
+TEST_F(RestoreCommandTest, RejectsNamesThatLeaveTheirDirectory)
 {
     live.File(L"good.txt", "good");
     MakeBackup();
@@ -168,7 +172,8 @@ TEST_F(RestoreCommandTest, APathThatDoesNotFitIsAnErrorThatNamesTheFile)
     live.File(L"b.txt", "b");
     MakeBackup();
     const std::wstring deep = store.Root() + L"\\" + std::wstring(240, L'd');
-    const auto report = RunForJson({L"restore", Backup(), L"--map", live.Root() + L"=" + deep + L";a.txt"}, 3);
+    const auto report = RunForJson(
+        {L"restore", Backup(), L"--map", live.Root() + L"=" + deep + L";a.txt", L"--unmapped", L"in-place"}, 3);
     EXPECT_EQ(Utf8(deep + L"\\a.txt"), report["failures"][0]["file"]);
     EXPECT_EQ(1, report["restored"]);
     EXPECT_FALSE(PathExists(deep));

@@ -121,9 +121,10 @@ TEST_F(OwnCommandTest, RestoreGivesItsFilesAnOwner)
     live.File(L"not restored");
     const auto report = RunForJson({L"restore", Backup(), L"--owner", L"Everyone"}, 0);
     EXPECT_EQ(4, report["owned"]) << "the new directory, its two files and the replaced file";
-    const auto failed = RunForJson({L"restore", Backup(), L"--owner", L"nobody knows"}, 3);
-    EXPECT_EQ(3, failed["restored"]);
-    EXPECT_EQ(3, failed["ownerFailed"]);
+    live.File(L"a", "live");
+    const auto failed = RunForJson({L"restore", Backup(), L"--owner", L"nobody knows"}, 1);
+    EXPECT_EQ("nobody knows", failed["failures"][0]["file"]);
+    EXPECT_EQ("live", ReadFileBytes(live.Path(L"a"))) << "nothing may be restored for an unknown account";
 }
 
 TEST_F(PlatformCommandTest, ShowsBothAnswersOfTheLibrary)
