@@ -153,21 +153,38 @@ void Backup::ReportTree(const SourceTree& tree)
 void Backup::CopyTree(const SourceTree& tree)
 {
     StoredNames names;
-    CreateDirectories(tree, names);
-    Progress progress(L"Backing up", static_cast<std::int64_t>(tree.files.size()), tree.bytes);
-    CopyRun(m_version.folder, m_former, m_options.copy, m_manifest, m_report).Copy(tree.files, names, progress);
+    const std::vector<TreeEntry> files = CreateDirectories(tree, names);
+    Progress progress(L"Backing up", static_cast<std::int64_t>(files.size()), tree.bytes);
+    CopyRun(m_version.folder, m_former, m_options.copy, m_manifest, m_report).Copy(files, names, progress);
 }
 
-void Backup::CreateDirectories(const SourceTree& tree, StoredNames& names)
+// Returns the files whose directories exist now.
+std::vector<TreeEntry> Backup::CreateDirectories(const SourceTree& tree, StoredNames& names)
 {
+    std::vector<TreeEntry> files = tree.files;
+    std::wstring failed; // the last directory that could not be created; those below it follow
     for (const TreeEntry& directory : tree.directories) {
         const std::wstring path = Join(m_version.folder, names.Add(directory.name));
+        if (!failed.empty() && directory.name.starts_with(Join(failed, L""))) {
+            continue;
+        }
         if (::CreateDirectoryW(path.c_str(), nullptr)) {
             m_manifest.directories.push_back(Describe(directory));
         } else {
-            m_report.Fail(path, L"the directory cannot be created: " + LastReason());
+            FailDirectory(path, directory.name, files);
+            failed = directory.name;
         }
     }
+    return files;
+}
+
+// One message for all files in it and below.
+void Backup::FailDirectory(const std::wstring& path, const std::wstring& name, std::vector<TreeEntry>& files)
+{
+    const std::wstring reason = L"the directory cannot be created: " + LastReason();
+    const auto count = static_cast<std::int64_t>(
+        std::erase_if(files, [&](const TreeEntry& file) { return file.name.starts_with(Join(name, L"")); }));
+    m_report.Fail(path, reason + L"; its " + std::to_wstring(count) + L" files are not backed up", count);
 }
 
 ManifestDirectory Backup::Describe(const TreeEntry& directory)

@@ -42,7 +42,8 @@ private:
     bool BeginVersion();
     void ReportTree(const SourceTree& tree);
     void CopyTree(const SourceTree& tree);
-    void CreateDirectories(const SourceTree& tree, StoredNames& names);
+    std::vector<TreeEntry> CreateDirectories(const SourceTree& tree, StoredNames& names);
+    void FailDirectory(const std::wstring& path, const std::wstring& name, std::vector<TreeEntry>& files);
     ManifestDirectory Describe(const TreeEntry& directory);
     void CountRemoved(const SourceTree& tree);
     void FinishVersion();

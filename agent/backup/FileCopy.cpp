@@ -16,7 +16,7 @@ namespace {
 // Returns the error that ended the copy.
 DWORD CopyBlocks(HANDLE source, HANDLE target)
 {
-    std::vector<char> block(kReadBlock);
+    thread_local std::vector<char> block(kReadBlock); // filled with zeros once, not for each file
     DWORD read = 0;
     do {
         DWORD written = 0;

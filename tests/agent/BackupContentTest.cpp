@@ -207,3 +207,24 @@ TEST_F(BackupContentTest, AnInterruptLeavesAnIncompleteVersion)
     EXPECT_FALSE(Manifest()["complete"].get<bool>());
     EXPECT_LT(Manifest()["files"].size(), static_cast<std::size_t>(kFiles));
 }
+
+TEST_F(BackupContentTest, ADirectoryThatCannotBeCreatedIsOneMessageForItsFiles)
+{
+    constexpr int kDirectories = 600; // enough to be at work still when the last one is taken
+    for (int i = 0; i < kDirectories; ++i) {
+        live.Directory(L"d" + std::to_wstring(1000 + i));
+    }
+    live.Files({L"kept.txt", LR"(last\1)", LR"(last\2)", LR"(last\below\3)"});
+    AgentProcess agent({L"--json", L"backup", live.Root(), Backup()});
+    while (Versions().empty()) {
+        ::Sleep(0);
+    }
+    WriteFileBytes(Copy(L"last"), "a file in the place of the directory");
+    const AgentResult result = agent.Wait();
+    EXPECT_EQ(3U, result.exitCode);
+    const Json report = Json::parse(result.output, nullptr, false);
+    ASSERT_EQ(1U, report["failures"].size()) << result.output;
+    EXPECT_EQ(Utf8(Copy(L"last")), report["failures"][0]["file"]);
+    EXPECT_EQ(3, report["failed"]);
+    EXPECT_EQ(1, report["files"]);
+}

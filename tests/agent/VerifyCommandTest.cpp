@@ -61,3 +61,33 @@ TEST_F(ShowCommandTest, ListsFilesWithSizesAndTimes)
     EXPECT_EQ("sub", report["directories"][0]["name"]);
     EXPECT_NE(std::string::npos, RunAgent({L"show", Backup()}).output.find("sub\\deeper\\c.txt"));
 }
+
+TEST_F(VerifyCommandTest, RejectsAnOriginalDirectoryThatIsNotNormalised)
+{
+    live.File(L"a.txt");
+    MakeBackup();
+    auto manifest = Manifest();
+    const std::wstring path = ManifestPath();
+    for (const std::string& original :
+         {std::string(R"(C:\HT\..\..\esc)"), std::string(R"(C:\a\.\b)"), std::string("C:a"), std::string(R"(\\?\C:\a)"),
+          std::string(R"(C:\a:stream)"), std::string("C:\\a\0b", 6), std::string(R"(C:\a\)"), std::string("C:/a"),
+          std::string(R"(\\server)"), std::string(R"(C:\NUL)"), std::string("relative"), std::string()}) {
+        manifest["original"] = original;
+        WriteFileBytes(path, manifest.dump());
+        const auto report = RunForJson({L"verify", Backup()}, 1);
+        EXPECT_NE(std::string::npos, report["failures"][0]["reason"].get<std::string>().find("original")) << original;
+    }
+}
+
+TEST_F(VerifyCommandTest, RejectsAStoredNameThatLeavesTheVersion)
+{
+    live.File(L"a.txt", "mine");
+    store.File(L"outside.txt", "mine");
+    MakeBackup();
+    auto manifest = Manifest();
+    manifest["files"][0]["stored"] = "..\\..\\outside.txt";
+    WriteFileBytes(ManifestPath(), manifest.dump());
+    const auto report = RunForJson({L"verify", Backup()}, 3);
+    EXPECT_EQ(0, report["verified"]);
+    EXPECT_EQ("a.txt", report["failures"][0]["file"]);
+}
