@@ -43,10 +43,10 @@ bool HasInvalidCharacter(const PathComponents& components)
 // be read.
 std::optional<std::wstring> ResolveParentSteps(const PathComponents& components)
 {
-    if (!ReadCurrentDirectory()) {
+    const CurrentDirectoryGuard restore;
+    if (!restore.CanRestore()) {
         return std::nullopt;
     }
-    const CurrentDirectoryGuard restore;
     std::wstring_view directory = components.Directory().substr(0, kValidatedLength);
     while (BeginsWith(directory, kParentStep)) {
         ChangeCurrentDirectory(L"..");
