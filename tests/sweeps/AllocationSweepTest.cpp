@@ -2,44 +2,11 @@
 
 #include "tests/contract/EveryFunctionFixture.h"
 #include "tests/support/MemoryMeters.h"
-
-#include <new>
+#include "tests/sweeps/CallOutcome.h"
 
 namespace {
 
 constexpr int kEnough = 1000; // more allocations than any call needs
-
-// What came out of one call.
-enum class Outcome { kReturned, kBadAlloc, kAtlException, kSomethingElse };
-
-Outcome OutcomeOf(const std::function<void()>& call)
-{
-    try {
-        call();
-        return Outcome::kReturned;
-    } catch (const std::bad_alloc&) {
-        return Outcome::kBadAlloc;
-    } catch (const CAtlException& exception) {
-        return exception.m_hr == E_OUTOFMEMORY ? Outcome::kAtlException : Outcome::kSomethingElse;
-    } catch (...) {
-        return Outcome::kSomethingElse;
-    }
-}
-
-bool IsDocumented(Outcome outcome, Throws throws)
-{
-    switch (outcome) {
-    case Outcome::kReturned:
-        return true;
-    case Outcome::kBadAlloc:
-        return throws == Throws::kBadAlloc || throws == Throws::kBadAllocOrAtlException;
-    case Outcome::kAtlException:
-        return throws == Throws::kAtlException || throws == Throws::kBadAllocOrAtlException;
-    case Outcome::kSomethingElse:
-        break;
-    }
-    return false;
-}
 
 class MemoryFaultTest : public EveryFunctionTest {
 protected:
@@ -96,7 +63,8 @@ TEST_P(MemoryFaultTest, ThrowsOnlyWhatIsDocumentedWhenABstrCannotBeAllocated)
             return happened;
         });
     }
-    EXPECT_EQ(IsDocumented(Outcome::kAtlException, GetParam().throws), Thrown() > 0) << "CAtlException is that of BSTR strings";
+    EXPECT_EQ(IsDocumented(Outcome::kAtlException, GetParam().throws), Thrown() > 0)
+        << "CAtlException is that of BSTR strings";
 }
 
 INSTANTIATE_TEST_SUITE_P(Every, MemoryFaultTest, ::testing::ValuesIn(AllFunctions()), &TestNameOf);
