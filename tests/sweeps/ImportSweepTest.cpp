@@ -21,12 +21,6 @@ struct Tally {
 };
 Tally g_tally;
 
-int FindingsSoFar()
-{
-    const ::testing::TestResult& result = *::testing::UnitTest::GetInstance()->current_test_info()->result();
-    return static_cast<int>(result.total_part_count());
-}
-
 std::string Described(const std::vector<PlannedFailure>& failures)
 {
     std::string described;

@@ -2,8 +2,13 @@
 
 #include "tests/sweeps/SweepCalls.h"
 
+#include "tests/support/FileTools.h"
+
 #include <Kestrovane.h>
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <map>
 
 namespace {
@@ -25,12 +30,32 @@ private:
     std::wstring m_before;
 };
 
+void ExpectTold(const std::wstring& path, const std::vector<std::wstring>& told)
+{
+    EXPECT_TRUE(std::any_of(told.begin(), told.end(), [&](const std::wstring& name) { return IsEqual(name, path); }))
+        << Utf8(path) << " was created, and the caller was not told";
+}
+
+// Each cache file of the tree must be one that the caller was told of.
+void ExpectCacheFilesAmong(const CallGround& ground, const std::vector<std::wstring>& told)
+{
+    for (const WIN32_FIND_DATAW& entry : EntriesOf(ground.tree.Root() + LR"(\to)")) {
+        ExpectTold(ground.tree.Path(LR"(to\)") + entry.cFileName, told);
+    }
+    for (const WIN32_FIND_DATAW& entry : EntriesOf(ground.tree.Root())) {
+        if (std::wstring(entry.cFileName).starts_with(L"kvt")) {
+            ExpectTold(ground.tree.Path(entry.cFileName), told);
+        }
+    }
+}
+
 void CreateTemporaryCacheFile(const CallGround& ground, const RunCall& run)
 {
     const TemporaryDirectory temporary(ground.tree.Root());
     const std::wstring live = ground.tree.Path(L"a.txt");
     std::wstring cacheFile;
     run([&] { CreateCacheFile(live, cacheFile, L"kvt", true, true); });
+    ExpectCacheFilesAmong(ground, {cacheFile});
 }
 
 void CreateEmptyCacheFile(const CallGround& ground, const RunCall& run)
@@ -38,13 +63,20 @@ void CreateEmptyCacheFile(const CallGround& ground, const RunCall& run)
     const std::wstring live = ground.tree.Path(LR"(to\live.txt)");
     std::wstring cacheFile;
     run([&] { CreateCacheFile(live, cacheFile, L"kvt", false, false); });
+    ExpectCacheFilesAmong(ground, {cacheFile});
 }
 
 void CacheTwoFiles(const CallGround& ground, const RunCall& run)
 {
-    const std::vector<std::wstring> files = {ground.tree.Path(L"a.txt"), ground.tree.Path(LR"(to\new.txt)")};
+    std::vector<std::wstring> files = {ground.tree.Path(L"a.txt"), ground.tree.Path(LR"(to\new.txt)")};
     std::map<std::wstring, std::wstring> map;
-    run([&] { CreateCacheFileList(files, L'\0', L"kvt", false, map, false); });
+    std::wstring prefix = L"kvt";
+    run([&] { CreateCacheFileList(std::move(files), L'\0', std::move(prefix), false, map, false); });
+    std::vector<std::wstring> told;
+    for (const auto& [live, cacheFile] : map) {
+        told.push_back(cacheFile);
+    }
+    ExpectCacheFilesAmong(ground, told);
 }
 
 void ChangeOwnersBelowALink(const CallGround& /*ground*/, const RunCall& run)

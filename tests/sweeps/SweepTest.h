@@ -12,6 +12,13 @@
 #include <algorithm>
 #include <set>
 
+// Failed assertions of the current test.
+inline int FindingsSoFar()
+{
+    const ::testing::TestResult& result = *::testing::UnitTest::GetInstance()->current_test_info()->result();
+    return static_cast<int>(result.total_part_count());
+}
+
 class SweepTest : public EveryFunctionTest {
 protected:
     static void SetUpTestSuite()
