@@ -24,8 +24,9 @@
 /// the first 255 characters of a component are validated. Paths that begin with two backslashes are always valid. An
 /// invalid path is reported: the thread's last error, unless it is 0, is logged at level 0.
 ///
-/// A relative path is invalid, too, while the current directory cannot be read or has 260 characters or more. To check
-/// or create an absolute path, the library then reads attributes instead of changing the current directory.
+/// A relative path is invalid, too, while the current directory cannot be read or has 260 characters or more, and if a
+/// directory that its "..\" steps lead through cannot be entered. While the current directory cannot be read, the
+/// library reads attributes to check or create an absolute path, instead of changing the current directory.
 ///
 /// A path ends at its first NUL for Windows. A directory with an embedded NUL cannot be searched: listings are empty,
 /// and nothing is deleted.

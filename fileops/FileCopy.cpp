@@ -85,8 +85,11 @@ int DoCopyComponentFileToDir(const std::wstring& source, const std::wstring& dir
 
 int DoCopyComponentFile(const std::wstring& source, const std::wstring& target)
 {
-    return g_fileManager.CopyToDirectoryAs(source, g_fileManager.DirectoryPart(target),
-                                           g_fileManager.FileNamePart(target))
-               ? 1
-               : 0;
+    const std::wstring directory = g_fileManager.DirectoryPart(target);
+    const std::wstring name = g_fileManager.FileNamePart(target);
+    // Only the directory could not be resolved. An empty one would be the current directory.
+    if (directory.empty() && !name.empty()) {
+        return 0;
+    }
+    return g_fileManager.CopyToDirectoryAs(source, directory, name) ? 1 : 0;
 }

@@ -19,6 +19,9 @@ public:
     CurrentDirectoryGuard(const CurrentDirectoryGuard&) = delete;
     CurrentDirectoryGuard& operator=(const CurrentDirectoryGuard&) = delete;
 
+    // False if the current directory could not be read. It must not be changed then.
+    [[nodiscard]] bool CanRestore() const noexcept { return m_saved.has_value(); }
+
     // Changes the process's current directory, and returns whether that succeeded. If there is no directory to go back
     // to, because the current one cannot be read, nothing is changed and the attributes of `directory` decide.
     [[nodiscard]] bool Enter(const std::wstring& directory) const;

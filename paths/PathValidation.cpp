@@ -40,16 +40,18 @@ bool HasInvalidCharacter(const PathComponents& components)
 
 // Returns the ancestor of the current directory that the parent steps lead to, followed by the name. Components between
 // the two are deliberately left out: hosts pass paths of the form ..\..\name. Nothing if the current directory cannot
-// be read.
+// be read, or a step fails: the path would lead to another directory.
 std::optional<std::wstring> ResolveParentSteps(const PathComponents& components)
 {
-    if (!ReadCurrentDirectory()) {
+    const CurrentDirectoryGuard restore;
+    if (!restore.CanRestore()) {
         return std::nullopt;
     }
-    const CurrentDirectoryGuard restore;
     std::wstring_view directory = components.Directory().substr(0, kValidatedLength);
     while (BeginsWith(directory, kParentStep)) {
-        ChangeCurrentDirectory(L"..");
+        if (!ChangeCurrentDirectory(L"..")) {
+            return std::nullopt;
+        }
         directory.remove_prefix(kParentStep.size());
     }
     std::optional<std::wstring> path = ReadCurrentDirectory();

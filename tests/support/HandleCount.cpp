@@ -16,17 +16,13 @@ bool ThrowOnce()
     }
 }
 
-} // namespace
-
-int OpenHandleCount()
+// Every value is asked for: Wine's own count always answers 0.
+int CountHandlesBelow(ULONG_PTR end)
 {
-    [[maybe_unused]] static const bool thrown = ThrowOnce();
-    // Every value is asked for: Wine's own count always answers 0.
-    constexpr ULONG_PTR kHighestHandle = 0x2000;
     constexpr ULONG_PTR kStep = 4;
     const DWORD lastError = ::GetLastError();
     int count = 0;
-    for (ULONG_PTR value = kStep; value < kHighestHandle; value += kStep) {
+    for (ULONG_PTR value = kStep; value < end; value += kStep) {
         DWORD flags = 0;
         if (::GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags)) {
             ++count;
@@ -34,4 +30,19 @@ int OpenHandleCount()
     }
     ::SetLastError(lastError);
     return count;
+}
+
+} // namespace
+
+int OpenHandleCount()
+{
+    [[maybe_unused]] static const bool thrown = ThrowOnce();
+    constexpr ULONG_PTR kHighestHandle = 0x2000;
+    return CountHandlesBelow(kHighestHandle);
+}
+
+int OpenLowHandleCount()
+{
+    constexpr ULONG_PTR kEnd = 0x200;
+    return CountHandlesBelow(kEnd);
 }

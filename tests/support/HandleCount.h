@@ -3,3 +3,5 @@
 #pragma once
 
 int OpenHandleCount();
+// Those among the lowest values alone, which new handles take first: quick enough for every call of a sweep.
+int OpenLowHandleCount();
