@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <sstream>
+#include <utility>
 
 namespace agent {
 
@@ -27,7 +28,7 @@ struct DeadRecord {
 
 class Leftovers {
 public:
-    explicit Leftovers(const DirectorySet& directories) : m_directories(directories)
+    explicit Leftovers(DirectorySet directories) : m_directories(std::move(directories))
     {
         m_directories.insert(TemporaryDirectory()); // some cache files are there
     }

@@ -7,11 +7,13 @@
 #include "agent/platform/Paths.h"
 #include "agent/restore/PresentFiles.h"
 
+#include <utility>
+
 namespace agent {
 
-Placement::Placement(const RestoreOptions& options, const std::wstring& original)
+Placement::Placement(const RestoreOptions& options, std::wstring original)
     : m_options(options),
-      m_original(original),
+      m_original(std::move(original)),
       m_to(options.to.empty() ? L"" : Absolute(options.to)),
       m_mapper(options.mappings)
 {

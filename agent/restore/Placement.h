@@ -20,7 +20,7 @@ struct Destination {
 class Placement {
 public:
     // `original` is the directory that was backed up. `options` must outlive this.
-    Placement(const RestoreOptions& options, const std::wstring& original);
+    Placement(const RestoreOptions& options, std::wstring original);
 
     // Where a file or a directory goes; nothing when it is left out because no mapping covers it. Names are relative to the
     // original directory.

@@ -1,5 +1,6 @@
 // Where the agent's restore writes: its own places, mappings, one directory, and never anywhere else.
 
+#include "tests/support/AgentOutside.h"
 #include "tests/support/AgentTest.h"
 
 class RestorePlaceTest : public AgentTest {
@@ -158,6 +159,20 @@ TEST_F(RestorePlaceTest, NothingIsRestoredIntoTheBackupItself)
     RunForJson({L"restore", Backup(), L"--to", Backup()}, 1);
     EXPECT_FALSE(PathExists(Backup() + L"\\a.txt"));
     EXPECT_EQ("hello", ReadFileBytes(copy));
+}
+
+TEST_F(RestorePlaceTest, NothingIsRestoredThroughALinkBelowTheDirectory)
+{
+    live.Files({LR"(sub\a.txt)", LR"(sub\deeper\b.txt)", L"c.txt"});
+    MakeBackup();
+    const std::wstring outside = store.Directory(L"outside");
+    store.Directory(L"other");
+    LinkFromOutside(outside, other + L"\\sub");
+    const auto report = RunForJson({L"restore", Backup(), L"--to", other}, 3);
+    EXPECT_EQ(1, report["restored"]);
+    EXPECT_EQ(2, report["failed"]);
+    EXPECT_FALSE(PathExists(outside + L"\\a.txt"));
+    EXPECT_FALSE(PathExists(outside + L"\\deeper"));
 }
 
 TEST_F(RestorePlaceTest, AtTakesAnOlderVersion)
