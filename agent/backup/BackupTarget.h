@@ -12,8 +12,8 @@ namespace agent {
 // Why no version may be written into a target: it holds something else than versions. A missing directory is fine.
 std::optional<std::wstring> WhyTargetIsRejected(const std::wstring& target);
 
-// Removes the oldest complete versions until `keep` of them are left, which is at least one. Incomplete versions stay. Rows of
-// the report: "removedVersions".
+// Removes the oldest complete versions until `keep` of them are left, which is at least one. Incomplete versions stay.
+// Rows of the report: "removedVersions".
 void RemoveOldVersions(const std::wstring& target, std::size_t keep, Report& report);
 
 } // namespace agent

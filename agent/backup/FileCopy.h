@@ -17,8 +17,8 @@ struct CopyResult {
 // The library's copy, which opens the source exclusively; where that fails, CopyWithSharing.
 CopyResult CopyFileIntoBackup(const std::wstring& source, const std::wstring& target);
 
-// A copy of a file that other processes may have open for reading and writing. Unlike that of the library, it also fails
-// when the source cannot be read to its end.
+// A copy of a file that other processes may have open for reading and writing. Unlike that of the library, it also
+// fails when the source cannot be read to its end.
 CopyResult CopyWithSharing(const std::wstring& source, const std::wstring& target);
 
 } // namespace agent

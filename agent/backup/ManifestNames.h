@@ -7,8 +7,8 @@
 
 namespace agent {
 
-// Why a name relative to the original directory is rejected; nothing for an ordinary name. Names that leave their directory
-// (a ".." component, a drive, a stream), and those that Windows takes for something else, are rejected.
+// Why a name relative to the original directory is rejected; nothing for an ordinary name. Names that leave their
+// directory (a ".." component, a drive, a stream), and those that Windows takes for something else, are rejected.
 std::optional<std::wstring> WhyNameIsInvalid(const std::wstring& name);
 
 // Why a path cannot be an original directory; nothing for an absolute, normalised path on a drive or a share.

@@ -11,8 +11,8 @@ namespace agent {
 
 class Snapshots {
 public:
-    // Reads VOLUME=DEVICE values: VOLUME is a drive, a mount folder, a volume name or a share. @return a reason when one cannot
-    // be used.
+    // Reads VOLUME=DEVICE values: VOLUME is a drive, a mount folder, a volume name or a share. @return a reason when
+    // one cannot be used.
     std::optional<std::wstring> Add(const std::vector<std::wstring>& values);
 
     bool IsEmpty() const { return m_devices.empty(); }

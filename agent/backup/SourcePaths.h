@@ -21,8 +21,8 @@ public:
     // The live path of a name.
     std::wstring Live(const std::wstring& name) const;
 
-    // Whether a directory of the tree can be read from a snapshot, where snapshots are used: it is not when another volume is
-    // mounted in it.
+    // Whether a directory of the tree can be read from a snapshot, where snapshots are used: it is not when another
+    // volume is mounted in it.
     bool Covers(const std::wstring& name) const;
 
 private:

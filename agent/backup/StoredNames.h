@@ -8,8 +8,8 @@
 
 namespace agent {
 
-// Files are stored under their own names. Where two names differ only in case, as other systems allow it, or a name is one
-// of the agent's own, the later one gets a suffix: no file is ever written over another.
+// Files are stored under their own names. Where two names differ only in case, as other systems allow it, or a name is
+// one of the agent's own, the later one gets a suffix: no file is ever written over another.
 class StoredNames {
 public:
     StoredNames();

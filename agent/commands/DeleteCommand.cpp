@@ -159,7 +159,8 @@ private:
         }
     }
 
-    // The library reports neither what it has deleted before a failure nor, of a missing directory, that it was missing.
+    // The library reports neither what it has deleted before a failure nor, of a missing directory, that it was
+    // missing.
     void CountWhatStays(const TreeSurvey& survey)
     {
         for (const std::wstring& file : survey.files) {

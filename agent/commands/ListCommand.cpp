@@ -25,8 +25,8 @@ struct ListOptions {
     bool fullPaths = false;
 };
 
-// A listing is empty also for a directory that cannot be read, and ends early at one below it; a walk of the agent's own
-// names both.
+// A listing is empty also for a directory that cannot be read, and ends early at one below it; a walk of the agent's
+// own names both.
 void ReportUnreadable(const ListOptions& options, Report& report)
 {
     for (const auto& [directory, reason] : SurveyTree(Absolute(options.directory), {L"", false}).failures) {

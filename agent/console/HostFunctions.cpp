@@ -20,8 +20,8 @@ bool g_verbose = false;
 bool g_isInterruptible = false;
 LogListener::Receive g_receive;
 
-// The argument of one conversion. The runtime's printf would stop at a wide string outside the locale, so strings are taken
-// over as they are.
+// The argument of one conversion. The runtime's printf would stop at a wide string outside the locale, so strings are
+// taken over as they are.
 std::wstring FormatArgument(const std::string& conversion, va_list& arguments)
 {
     constexpr std::size_t kLongestNumber = 64; // characters

@@ -112,8 +112,8 @@ struct Reader {
     std::vector<char> block = std::vector<char>(kReadBlock);
 };
 
-// Readers that wait for the next file. A thread_local one would be freed before its destructor runs: the toolchain's runtime
-// ends a thread in that order.
+// Readers that wait for the next file. A thread_local one would be freed before its destructor runs: the toolchain's
+// runtime ends a thread in that order.
 class ReaderPool {
 public:
     std::unique_ptr<Reader> Take()

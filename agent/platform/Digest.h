@@ -42,8 +42,8 @@ private:
 // Receives the number of bytes of each block that was read.
 using OnBytes = std::function<void(std::int64_t bytes)>;
 
-// The digest of a file; nothing when the file cannot be read to its end. The last error tells why. Any number of threads may
-// call this at once; hash objects and buffers are used again.
+// The digest of a file; nothing when the file cannot be read to its end. The last error tells why. Any number of
+// threads may call this at once; hash objects and buffers are used again.
 std::optional<FileDigest> DigestFile(const std::wstring& path, const OnBytes& onBytes = {});
 
 } // namespace agent

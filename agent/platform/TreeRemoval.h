@@ -7,8 +7,8 @@
 
 namespace agent {
 
-// Links are removed, not followed, and read-only files are removed, too. @return a reason for the first file or directory
-// that stays; the others are removed all the same.
+// Links are removed, not followed, and read-only files are removed, too. @return a reason for the first file or
+// directory that stays; the others are removed all the same.
 std::optional<std::wstring> RemoveTree(const std::wstring& directory);
 
 } // namespace agent

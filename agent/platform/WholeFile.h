@@ -10,8 +10,8 @@ namespace agent {
 // What the name of a file has while it is being written.
 constexpr const wchar_t* kFreshSuffix = L".new";
 
-// Replaces the file in one step: the content is written beside it, flushed and renamed, so that a process that is killed
-// leaves the old file or the new one. On failure the last error tells why.
+// Replaces the file in one step: the content is written beside it, flushed and renamed, so that a process that is
+// killed leaves the old file or the new one. On failure the last error tells why.
 bool WriteWholeFile(const std::wstring& path, const std::string& content);
 
 // Nothing when the file cannot be read or is far too large for one of the agent's own; the last error tells.

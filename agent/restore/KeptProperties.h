@@ -7,8 +7,8 @@
 
 namespace agent {
 
-// Gives `fresh` what `target` has. @return a reason when its DACL or a stream could not be kept; owner and group are kept where
-// the rights allow it.
+// Gives `fresh` what `target` has. @return a reason when its DACL or a stream could not be kept; owner and group are
+// kept where the rights allow it.
 std::optional<std::wstring> KeepProperties(const std::wstring& target, const std::wstring& fresh);
 
 } // namespace agent

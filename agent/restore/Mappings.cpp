@@ -23,8 +23,8 @@ std::wstring WithoutTrailingBackslash(std::wstring path)
     return path;
 }
 
-// Collects mappings in the order of the command line. --map-from begins a group; --map-to, --map-spec and --map-recursive
-// belong to the group before them.
+// Collects mappings in the order of the command line. --map-from begins a group; --map-to, --map-spec and
+// --map-recursive belong to the group before them.
 class MappingGroups {
 public:
     explicit MappingGroups(Mappings& mappings) : m_mappings(mappings) {}

@@ -34,8 +34,8 @@ class Mapper {
 public:
     explicit Mapper(const Mappings& mappings);
 
-    // Where the file `name` of `directory` goes: to the alternate location of the first mapping that covers it, or to its
-    // own.
+    // Where the file `name` of `directory` goes: to the alternate location of the first mapping that covers it, or to
+    // its own.
     Place Find(const std::wstring& directory, const std::wstring& name);
 
     // Where a directory itself goes, as far as a mapping covers all files in it.

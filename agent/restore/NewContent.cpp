@@ -39,8 +39,8 @@ DWORD Flush(const std::wstring& path)
 
 } // namespace
 
-// The library opens both files exclusively, and does not tell why a write stored only a part of a block. Where it fails, the
-// agent copies by itself.
+// The library opens both files exclusively, and does not tell why a write stored only a part of a block. Where it
+// fails, the agent copies by itself.
 std::optional<RestoreFailure> WriteNewContent(const std::wstring& source, const std::wstring& path,
                                               const std::wstring& target)
 {

@@ -24,9 +24,9 @@ constexpr DWORD kRestoredAttributes =
 std::optional<RestoreFailure> WriteNewContent(const std::wstring& source, const std::wstring& path,
                                               const std::wstring& target);
 
-// Whether the new content must be on the disk before it takes its place. A file that replaces another one must: otherwise a
-// power failure could leave neither. For a new file nothing is lost, and flushing each of many small files takes far longer than
-// writing them.
+// Whether the new content must be on the disk before it takes its place. A file that replaces another one must:
+// otherwise a power failure could leave neither. For a new file nothing is lost, and flushing each of many small files
+// takes far longer than writing them.
 enum class Durability { kFlushed, kUnflushed };
 
 // Compares the copy of `source` at `path` with the manifest. Any thread may call it.
@@ -34,8 +34,8 @@ std::optional<RestoreFailure> VerifyNewContent(const std::wstring& source, const
                                                const ManifestFile& file, const std::wstring& target,
                                                Durability durability);
 
-// Sets times and attributes of a file or directory. 0 stands for what is not known, and stays as it is. On failure the last
-// error tells why.
+// Sets times and attributes of a file or directory. 0 stands for what is not known, and stays as it is. On failure the
+// last error tells why.
 bool SetInformation(const std::wstring& path, FileTime created, FileTime modified, DWORD attributes);
 
 } // namespace agent

@@ -19,8 +19,8 @@ struct PendingMove {
     bool operator==(const PendingMove&) const = default;
 };
 
-// Reads Windows' two lists in the order in which they are carried out; nothing when the registry cannot be read, and the last
-// error tells why. No list at all is an empty one.
+// Reads Windows' two lists in the order in which they are carried out; nothing when the registry cannot be read, and
+// the last error tells why. No list at all is an empty one.
 std::optional<std::vector<PendingMove>> ReadPendingMoves();
 
 // The entries of one list as the registry holds it: pairs of zero-terminated strings, the second of which may be empty.
@@ -29,8 +29,8 @@ std::vector<PendingMove> ParsePendingMoves(std::wstring_view list);
 // Whether this agent has registered a move: by the name of the cache file.
 bool IsOwn(const PendingMove& move);
 
-// Removes registrations of this agent and deletes their cache files; all other entries stay as they are. @return a reason when
-// the registry cannot be written.
+// Removes registrations of this agent and deletes their cache files; all other entries stay as they are. @return a
+// reason when the registry cannot be written.
 std::optional<std::wstring> TakeBack(const std::vector<PendingMove>& moves);
 
 } // namespace agent

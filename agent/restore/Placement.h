@@ -22,8 +22,8 @@ public:
     // `original` is the directory that was backed up. `options` must outlive this.
     Placement(const RestoreOptions& options, std::wstring original);
 
-    // Where a file or a directory goes; nothing when it is left out because no mapping covers it. Names are relative to the
-    // original directory.
+    // Where a file or a directory goes; nothing when it is left out because no mapping covers it. Names are relative to
+    // the original directory.
     std::optional<Destination> PlaceFile(const std::wstring& name);
     std::optional<Destination> PlaceDirectory(const std::wstring& name);
 
@@ -42,8 +42,8 @@ private:
 // Whether a path is normalised and lies below the directory that confines it.
 bool IsConfined(const std::wstring& path, const std::wstring& bound);
 
-// The junction or symbolic link on the way from `bound` down to `directory`, either of which may be missing; empty when there
-// is none. `bound` itself may be one.
+// The junction or symbolic link on the way from `bound` down to `directory`, either of which may be missing; empty when
+// there is none. `bound` itself may be one.
 std::wstring LinkOnTheWay(const std::wstring& directory, const std::wstring& bound);
 
 } // namespace agent

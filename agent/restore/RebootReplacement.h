@@ -1,4 +1,5 @@
-// Files that other programs have open: their new content waits in a cache file and takes their place at the next reboot.
+// Files that other programs have open: their new content waits in a cache file and takes their place at the next
+// reboot.
 
 #pragma once
 
@@ -30,8 +31,8 @@ public:
     // Registers the replacement of a file in use, and takes earlier ones for the same target back.
     Result Register(const RestoreStep& step, DWORD attributes);
 
-    // Takes back what earlier restores have registered for a target, which would undo this one at the reboot. @return a reason
-    // when that fails.
+    // Takes back what earlier restores have registered for a target, which would undo this one at the reboot. @return a
+    // reason when that fails.
     std::optional<std::wstring> TakeBackEarlier(const std::wstring& target);
 
 private:

@@ -36,8 +36,9 @@ public:
 
     const std::wstring& Path() const { return m_path; }
 
-    // Takes the target's place in one step: there is no moment without a whole file. ReplaceFileW has one, between the removal
-    // of the old file and the move of the new one. On failure the last error tells why, and the target is as it was.
+    // Takes the target's place in one step: there is no moment without a whole file. ReplaceFileW has one, between the
+    // removal of the old file and the move of the new one. On failure the last error tells why, and the target is as it
+    // was.
     bool TakePlace(const std::wstring& target, bool replaces)
     {
         const DWORD flags = replaces ? MOVEFILE_WRITE_THROUGH | MOVEFILE_REPLACE_EXISTING : 0;
@@ -50,7 +51,8 @@ private:
     bool m_isPlaced = false;
 };
 
-// Clears the read-only attribute of a file for one scope. The attribute is set again at the end, unless the file was replaced.
+// Clears the read-only attribute of a file for one scope. The attribute is set again at the end, unless the file was
+// replaced.
 class WritableScope {
 public:
     explicit WritableScope(const RestoreStep& step)

@@ -1,4 +1,5 @@
-// Restoring files: new content is written beside each target and takes its place in one step, now or at the next reboot.
+// Restoring files: new content is written beside each target and takes its place in one step, now or at the next
+// reboot.
 
 #pragma once
 
@@ -28,12 +29,13 @@ class Replacement {
 public:
     using OnResult = std::function<void(const RestoreStep& step, const ReplacementResult& result)>;
 
-    // `record` and `reboot` must outlive this. With `withSecurity`, files get the security descriptors of the manifest; without,
-    // they keep those of the files that they replace. `onResult` is called for each file, in the order of Add.
+    // `record` and `reboot` must outlive this. With `withSecurity`, files get the security descriptors of the manifest;
+    // without, they keep those of the files that they replace. `onResult` is called for each file, in the order of Add.
     Replacement(RestoreRecord& record, RebootReplacement& reboot, bool withSecurity, OnResult onResult);
 
-    // A file that another program has open is replaced at the next reboot. A process that is killed meanwhile leaves the whole
-    // old or the whole new file. Earlier registrations for the same target are taken back. `step` must outlive this.
+    // A file that another program has open is replaced at the next reboot. A process that is killed meanwhile leaves
+    // the whole old or the whole new file. Earlier registrations for the same target are taken back. `step` must
+    // outlive this.
     void Add(const RestoreStep& step);
 
     // Waits for the results that are still to come.

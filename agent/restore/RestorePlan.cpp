@@ -51,8 +51,8 @@ public:
     }
 
 private:
-    // A mapping that covers nothing is a mistake of the user's, and what it was meant to send elsewhere must not be restored in
-    // place.
+    // A mapping that covers nothing is a mistake of the user's, and what it was meant to send elsewhere must not be
+    // restored in place.
     bool MappingsCoverFiles()
     {
         bool all = true;

@@ -1,5 +1,5 @@
-// The record of a running restore: under which names it writes, and where. It lies on the machine that restores, below the
-// user's local application data, so that the next restore finds what a killed one has left.
+// The record of a running restore: under which names it writes, and where. It lies on the machine that restores, below
+// the user's local application data, so that the next restore finds what a killed one has left.
 
 #pragma once
 
@@ -20,8 +20,8 @@ constexpr const wchar_t* kCacheFilePrefix = L"kvr"; // of the cache files that w
 // Whether a file name has the form of this agent's cache files.
 bool IsCacheFileName(const std::wstring& name);
 
-// The directory in which new content for `path` is written: its own, or, where the staging name is too long there, the nearest
-// one above that still lies below `bound`. Empty when there is none.
+// The directory in which new content for `path` is written: its own, or, where the staging name is too long there, the
+// nearest one above that still lies below `bound`. Empty when there is none.
 std::wstring StagingDirectoryFor(const std::wstring& path, const std::wstring& bound);
 
 class RestoreRecord {
@@ -37,8 +37,8 @@ public:
     // Why no record could be written. A killed restore would then leave its unfinished file.
     const std::wstring& Problem() const { return m_problem; }
 
-    // A file in `directory` that takes new content. No other program and no other restore uses the name; this one uses it again
-    // after kMostStagedFiles further calls.
+    // A file in `directory` that takes new content. No other program and no other restore uses the name; this one uses
+    // it again after kMostStagedFiles further calls.
     std::wstring NextStagingPath(const std::wstring& directory);
 
     // A cache file is about to be created in a directory; it has been created.
@@ -55,8 +55,8 @@ private:
     std::wstring m_problem;
 };
 
-// Deletes what killed restores have left in `directories` and is not registered for the reboot. Records of restores that are
-// still running are left alone. @return how many files were deleted.
+// Deletes what killed restores have left in `directories` and is not registered for the reboot. Records of restores
+// that are still running are left alone. @return how many files were deleted.
 std::int64_t DeleteLeftovers(const DirectorySet& directories);
 
 } // namespace agent

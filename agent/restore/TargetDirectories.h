@@ -1,4 +1,5 @@
-// The directories that a restore writes into: each is checked and created once, and gets its times and attributes at the end.
+// The directories that a restore writes into: each is checked and created once, and gets its times and attributes at
+// the end.
 
 #pragma once
 
@@ -22,8 +23,9 @@ public:
     const std::vector<std::wstring>& Created() const { return m_created; }
     bool IsInCreated(const std::wstring& path) const;
 
-    // Restores times and attributes, and with --security the security descriptors; innermost first, because work in a directory
-    // changes its times. Directories that were there already are left alone unless existing files may be overwritten, too.
+    // Restores times and attributes, and with --security the security descriptors; innermost first, because work in a
+    // directory changes its times. Directories that were there already are left alone unless existing files may be
+    // overwritten, too.
     void Finish(const std::vector<DirectoryStep>& steps, const RestoreOptions& options, Report& report) const;
 
 private:

@@ -1,5 +1,5 @@
-// Threads that finish files while the first thread, the only one that calls the library, copies the next ones. Most of the time
-// they wait for the disk to flush; disks flush several files as fast as one.
+// Threads that finish files while the first thread, the only one that calls the library, copies the next ones. Most of
+// the time they wait for the disk to flush; disks flush several files as fast as one.
 
 #pragma once
 

@@ -1,4 +1,5 @@
-// What a backup holds: attributes, times, security descriptors, selections, names that differ only in case, files in use.
+// What a backup holds: attributes, times, security descriptors, selections, names that differ only in case, files in
+// use.
 
 #include "tests/support/AgentOutside.h"
 #include "tests/support/AgentTest.h"

@@ -272,7 +272,8 @@ BOOL WINAPI AcceptDeletion(const wchar_t* /*path*/)
 
 } // namespace
 
-// A simulation, because a directory of 10,000 files is slow by itself under Wine: the library's own share grows linearly.
+// A simulation, because a directory of 10,000 files is slow by itself under Wine: the library's own share grows
+// linearly.
 TEST_F(CreateCacheFileListFault, TakesTimeThatGrowsLinearlyWithTheList)
 {
     const ImportPatch names("GetTempFileNameW", &GiveNumberedName);

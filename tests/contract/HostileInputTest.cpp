@@ -1,7 +1,7 @@
 // Strings that no sensible host would pass, into every string argument of every exported function.
 //
-// Each call must return, with the current directory and the open handles as before. The process is in a directory of the
-// test, so that relative paths stay inside; no function that changes anything gets a path that leads out.
+// Each call must return, with the current directory and the open handles as before. The process is in a directory of
+// the test, so that relative paths stay inside; no function that changes anything gets a path that leads out.
 
 #include "tests/contract/EveryFunctionFixture.h"
 #include "tests/support/ThrowingHost.h"
@@ -98,9 +98,9 @@ std::vector<HostileString> HostileStrings(const std::wstring& directory)
     return strings;
 }
 
-// For functions that create nothing. What others would create, the tests could not delete: thousands of directories are too
-// deep, and Wine cuts a name of broken pairs to its own limit, enters it under the whole name and overruns its record of
-// the current directory.
+// For functions that create nothing. What others would create, the tests could not delete: thousands of directories are
+// too deep, and Wine cuts a name of broken pairs to its own limit, enters it under the whole name and overruns its
+// record of the current directory.
 std::vector<HostileString> StringsNotToCreate()
 {
     return {{Repeated(LR"(a\)", kLong), "16,000 directories"},

@@ -155,7 +155,7 @@ TEST_F(ListFilesFilterTest, TakesRelativeDirectoriesFromTheCurrentDirectory)
     EXPECT_EQ((StringList{tree.Path(L"top")}), ListFilesFilter(tree.Root().substr(2), L"*", true)) << "rooted";
 }
 
-// A surrogate pair comes before U+FF21 in the order of code units, behind it in that of characters.
+// A surrogate pair comes before U+FF21 in the order of code units, after it in the order of characters.
 TEST_F(ListFilesFilterTest, SortsByCodeUnits)
 {
     const StringList sorted = {L"A", L"_", L"b", L"\u00e9", L"\u0416", L"\U0001F600", L"\uFF21"};

@@ -1,4 +1,5 @@
-// What is registered for the next restart happens there. restart.sh runs the first test, restarts Wine and runs the second.
+// What is registered for the next restart happens there. restart.sh runs the first test, restarts Wine and runs the
+// second.
 
 #include "tests/support/FileLockerProcess.h"
 #include "tests/support/PendingList.h"

@@ -58,8 +58,8 @@ protected:
 
 } // namespace
 
-// A registration that a throwing logger ends reaches the module, but not the file manager: that tells whose functions a call
-// uses.
+// A registration that a throwing logger ends reaches the module, but not the file manager: that tells whose functions a
+// call uses.
 TEST_F(ChangeObjectOwnerHostTest, CallsTheFunctionsOfTheModuleAndNotThoseOfTheFileManager)
 {
     g_lines = 0;

@@ -1,5 +1,5 @@
-// What only the system outside this platform's layer can create: names that differ only in case, names that Windows takes for
-// something else, and links.
+// What only the system outside this platform's layer can create: names that differ only in case, names that Windows
+// takes for something else, and links.
 
 #pragma once
 
@@ -53,7 +53,8 @@ inline void RunOutside(const std::wstring& program, std::wstring command)
     ::CloseHandle(process.hThread);
 }
 
-// Presses Ctrl-C for the agent whose command line holds a string that no other has. There is no console that could do it.
+// Presses Ctrl-C for the agent whose command line holds a string that no other has. There is no console that could do
+// it.
 inline void InterruptFromOutside(const std::wstring& unique)
 {
     RunOutside(L"sh", L"sh -c \"for p in /proc/[0-9]*; do [ $p = /proc/$$ ] && continue; "

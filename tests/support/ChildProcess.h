@@ -10,8 +10,8 @@
 // The path of a program that is beside this one.
 std::wstring ProgramBesideThis(const std::wstring& name);
 
-// Starts a program in `directory`, or in that of this process. Returns the process; null after a failure, which fails the
-// test.
+// Starts a program in `directory`, or in that of this process. Returns the process; null after a failure, which fails
+// the test.
 UniqueHandle StartProgram(const std::wstring& program, const std::vector<std::wstring>& arguments,
                           const std::wstring& directory = {});
 

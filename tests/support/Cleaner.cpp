@@ -1,5 +1,5 @@
-// Calls CleanupDirectory for a directory whose clean-up may end the process: kestrovane-cleaner PATH. Ends with 1 for true and
-// 0 for false.
+// Calls CleanupDirectory for a directory whose clean-up may end the process: kestrovane-cleaner PATH. Ends with 1 for
+// true and 0 for false.
 
 #include <Kestrovane.h>
 

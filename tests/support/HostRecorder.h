@@ -20,7 +20,7 @@ struct HostEvent {
 
 std::ostream& operator<<(std::ostream& out, const HostEvent& event);
 
-// Registers itself with the library for its lifetime; one at a time. Afterwards a silent host stands in.
+// Registers itself with the library for its lifetime; one at a time. Afterwards a silent host replaces it.
 class HostRecorder {
 public:
     HostRecorder();

@@ -32,7 +32,7 @@ std::wstring SidText(PSID sid)
 
 } // namespace
 
-// What stands in for the library's imports.
+// Replacements of the library's imports.
 struct ReplacedSecurityFunctions {
     static BOOL WINAPI LookUp(LPCWSTR system, LPCWSTR account, PSID sid, LPDWORD sidSize, LPWSTR domain,
                               LPDWORD domainLength, PSID_NAME_USE use)

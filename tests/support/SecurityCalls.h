@@ -58,8 +58,8 @@ public:
     // The transcript's line of a call.
     static HostEvent Call(const std::wstring& text) { return {HostEvent::Kind::kLog, -1, {}, text}; }
 
-    // Lets the `call`-th call of a function, counted from 1, fail with a last error, and with a result where the function
-    // has one.
+    // Lets the `call`-th call of a function, counted from 1, fail with a last error, and with a result where the
+    // function has one.
     void Fail(const std::wstring& function, int call, DWORD lastError, DWORD result = ERROR_GEN_FAILURE);
     // Lets every call of a function for `path` fail.
     void FailFor(const std::wstring& function, const std::wstring& path, DWORD result);
@@ -67,8 +67,8 @@ public:
     void Throw(const std::wstring& function, int call);
     // Whatever account is asked for, this one is looked up.
     void LookUpInstead(const std::wstring& account) { m_standIn = account; }
-    // What the next readings of the clock give, in ticks since the start of the recording, which is also what the module's
-    // stamp says; the last value stays.
+    // What the next readings of the clock give, in ticks since the start of the recording, which is also what the
+    // module's stamp says; the last value stays.
     void SetClock(std::vector<std::int32_t> readings) { m_readings = std::move(readings); }
 
     [[nodiscard]] const std::vector<SecurityWrite>& Writes() const { return m_writes; }

@@ -9,7 +9,7 @@
 #include <deque>
 #include <vector>
 
-// Stands in for the runtime's clock in one module; one at a time.
+// Replaces the runtime's clock in one module; one at a time.
 class SimulatedClock {
 public:
     explicit SimulatedClock(const char* module = "Kestrovane.dll") : m_patch(module, "clock", &Read)

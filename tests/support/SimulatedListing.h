@@ -34,7 +34,7 @@ inline std::vector<SimulatedEntry> SimulatedFiles(const std::vector<std::wstring
     return entries;
 }
 
-// Stands in for the runtime's find functions in one module; one at a time. Searches whose pattern was not given fail
+// Replaces the runtime's find functions in one module; one at a time. Searches whose pattern was not given fail
 // with ENOENT. Directories are still entered for real before they are listed.
 class SimulatedListing {
 public:

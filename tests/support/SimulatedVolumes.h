@@ -20,7 +20,7 @@ struct SimulatedVolume {
     std::uint64_t totalBytes = 0;
 };
 
-// Answers the library's look-ups for its lifetime; inside the scope of another one, it stands in for that. Shares are
+// Answers the library's look-ups for its lifetime; inside the scope of another one, it replaces that one. Shares are
 // known whatever their server.
 class SimulatedVolumes {
 public:

@@ -6,8 +6,8 @@
 
 #include <string>
 
-// Created and marked at the start, deleted with everything in it at the end. Links in it are removed, never followed, and
-// nothing without the mark is deleted.
+// Created and marked at the start, deleted with everything in it at the end. Links in it are removed, never followed,
+// and nothing without the mark is deleted.
 class TestDirectory {
 public:
     TestDirectory();                                   // on C:

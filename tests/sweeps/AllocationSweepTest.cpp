@@ -1,5 +1,5 @@
-// Every exported function when memory runs short. Simulations: each allocation of each call fails in turn, until the call
-// needs no more.
+// Every exported function when memory runs short. Simulations: each allocation of each call fails in turn, until the
+// call needs no more.
 
 #include "tests/sweeps/SweepTest.h"
 

@@ -1,5 +1,5 @@
-// Every exported function while calls of the platform fail. Simulations: the 1st, 2nd and 3rd call of every import that a
-// call reaches fails in turn, once and from then on.
+// Every exported function while calls of the platform fail. Simulations: the 1st, 2nd and 3rd call of every import that
+// a call reaches fails in turn, once and from then on.
 //
 // The imports come from the DLL: a new one fails the test until tests/sweeps/ImportTable.cpp says how it fails.
 

@@ -16,8 +16,8 @@ class SweepGround {
 public:
     explicit SweepGround(const CallGround& calls);
 
-    // Checks what one call did to the tree, and restores the tree. Calls that only read have changed nothing. The others
-    // have changed no file but those that they name, and created nothing but what they may create.
+    // Checks what one call did to the tree, and restores the tree. Calls that only read have changed nothing. The
+    // others have changed no file but those that they name, and created nothing but what they may create.
     void CheckAndRestore(bool callsChange);
     // The names that calls created below the tree until the last CheckAndRestore.
     [[nodiscard]] const TreeContents& Created() const { return m_created; }

@@ -1,5 +1,5 @@
-// The clean-up of directories with long paths, with an invalid-parameter handler that returns. The older runtime has such
-// handlers for each module, so only a program that holds the library's objects can set one.
+// The clean-up of directories with long paths, with an invalid-parameter handler that returns. The older runtime has
+// such handlers for each module, so only a program that holds the library's objects can set one.
 
 #include "tests/support/SilentHost.h"
 #include "tests/support/TestDirectory.h"

@@ -99,8 +99,8 @@ TEST(IsSpecMatch, FollowsTheRules)
         {L"*?*?*", L"A", false, "two characters at least"},
         {L"*?*?*", L"AB", true, "two characters"},
         {L"A*B*C", L"A?C", true, "the question mark is the B"},
-        {L"A*BB*C", L"A?C", false, "no room for two of them"},
-        {L"A*BB*C", L"A??C", true, "room for two of them"},
+        {L"A*BB*C", L"A?C", false, "one character for two letters"},
+        {L"A*BB*C", L"A??C", true, "two characters for two letters"},
     };
     for (const auto& [a, b, match, why] : cases) {
         EXPECT_EQ(match, FileDesc::IsSpecMatch(a, b)) << why;

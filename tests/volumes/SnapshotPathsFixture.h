@@ -52,7 +52,8 @@ protected:
     StringMap snapshots;
 };
 
-// A simulation: mount folders, shares with volume paths, and a look-up that needs the capacity of the whole volume path.
+// A simulation: mount folders, shares with volume paths, and a look-up that needs the capacity of the whole volume
+// path.
 class BuildSnapshotFilePathSimulation : public LibraryTest {
 protected:
     void TearDown() override

@@ -238,8 +238,8 @@ TEST_F(GetVolumeMaxFreeSpaceSimulation, PassesOverAVolumeWhoseQueryThrowsOrFails
 
 TEST_F(GetVolumeMaxFreeSpaceSimulation, GivesTheBestPathSoFarWhenMemoryRunsShort)
 {
-    // The simulation's own allocations fail like all others, as if Windows had thrown. The last one of a whole call is the
-    // copy of the roomier path.
+    // The simulation's own allocations fail like all others, as if Windows had thrown. The last one of a whole call is
+    // the copy of the roomier path.
     StringList answers;
     bool happened = true;
     for (int allocation = 1; happened; ++allocation) {
