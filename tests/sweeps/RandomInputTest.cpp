@@ -4,13 +4,13 @@
 
 #include "tests/sweeps/RandomInput.h"
 #include "tests/contract/EveryFunctionFixture.h"
+#include "tests/sweeps/MappingModel.h"
 #include "tests/sweeps/SweepGround.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <set>
-#include <string_view>
 
 namespace {
 
@@ -116,41 +116,6 @@ private:
     const ImportPatch m_noMessages{"printf", &PrintNothing};
 };
 
-// Whether some name matches both patterns: the rule itself, one character at a time.
-bool SomeNameMatches(std::wstring_view first, std::wstring_view second)
-{
-    if (first.empty() && second.empty()) {
-        return true;
-    }
-    if (!second.starts_with(L'*') && first.starts_with(L'*')) {
-        return SomeNameMatches(second, first);
-    }
-    if (second.starts_with(L'*')) {
-        return SomeNameMatches(first, second.substr(1)) || (!first.empty() && SomeNameMatches(first.substr(1), second));
-    }
-    if (first.empty() || second.empty()) {
-        return false;
-    }
-    const bool meet = first[0] == L'?' || second[0] == L'?' || std::towupper(first[0]) == std::towupper(second[0]);
-    return meet && SomeNameMatches(first.substr(1), second.substr(1));
-}
-
-std::wstring Bare(std::wstring directory)
-{
-    if (directory.ends_with(L'\\')) {
-        directory.pop_back();
-    }
-    return WString2UpperCase(directory);
-}
-
-bool Covers(const VSS_ALTERNATE_MAPPING& mapping, const std::wstring& path, const std::wstring& spec)
-{
-    const std::wstring top = Bare(mapping.path);
-    const std::wstring directory = Bare(path);
-    const bool isBelow = mapping.recursive && (directory + L"\\").starts_with(top + L"\\");
-    return (directory == top || isBelow) && SomeNameMatches(mapping.fileSpec, spec);
-}
-
 // Without doubled backslashes: Windows compares directories by the rules of a language, which may ignore one.
 std::wstring RandomDirectory(RandomInput& input, std::size_t longest)
 {
@@ -159,20 +124,6 @@ std::wstring RandomDirectory(RandomInput& input, std::size_t longest)
                                 [](wchar_t first, wchar_t second) { return first == L'\\' && second == L'\\'; }),
                     directory.end());
     return directory;
-}
-
-// The path after the mapping; nothing if none covers the file.
-std::optional<std::wstring> Mapped(const std::vector<VSS_ALTERNATE_MAPPING>& mappings, const std::wstring& path,
-                                   const std::wstring& spec, bool ignoresBackslash)
-{
-    for (const VSS_ALTERNATE_MAPPING& mapping : mappings) {
-        if (Covers(mapping, path, spec)) {
-            const bool isShorter = ignoresBackslash && mapping.path.ends_with(L'\\');
-            const std::size_t length = mapping.path.size() - (isShorter ? 1 : 0);
-            return mapping.alternateLocation + path.substr(std::min(length, path.size()));
-        }
-    }
-    return std::nullopt;
 }
 
 std::string Described(const std::vector<VSS_ALTERNATE_MAPPING>& mappings, const std::wstring& path,
