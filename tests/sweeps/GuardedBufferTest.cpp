@@ -172,7 +172,9 @@ TEST(GuardedBuffer, OfExpansionsIsReadToItsEnd)
     }
 }
 
-TEST_F(LibraryTest, TemporaryDirectoryFillsItsBuffer)
+class GuardedTemporaryDirectoryTest : public LibraryTest {};
+
+TEST_F(GuardedTemporaryDirectoryTest, FillsItsBuffer)
 {
     const ImportPatch directory("GetTempPathW", &FillTemporaryDirectory);
     for (const bool terminates : {true, false}) {
