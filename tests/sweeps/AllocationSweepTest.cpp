@@ -99,7 +99,7 @@ bool ExhaustHeap(int failing, HeapMeter::Shortage shortage, const std::function<
 } // namespace
 
 // One test: its tree takes longer than most of its calls.
-TEST_P(AllocationSweepTest, LeavesNothingBehindWhicheverAllocationFails)
+TEST_P(AllocationSweepTest, LeavesNothingOverWhicheverAllocationFails)
 {
     FailEachOf("allocation", [](int failing, const std::function<void()>& function) {
         return ExhaustHeap(failing, HeapMeter::Shortage::kOneAllocation, function);

@@ -126,7 +126,7 @@ protected:
 
 } // namespace
 
-TEST_P(ImportSweepTest, LeavesNothingBehindWhicheverCallFails)
+TEST_P(ImportSweepTest, LeavesNothingOverWhicheverCallFails)
 {
     ++g_tally.functions;
     for (const SampleCall& call : SweepCalls(GetParam())) {

@@ -47,12 +47,18 @@ void AddTree(const std::wstring& directory, const std::wstring& prefix, TreeCont
     }
 }
 
+// The long form of paths: it reaches names that end with dots or blanks.
+std::wstring LongForm(const std::wstring& path)
+{
+    return LR"(\\?\)" + path;
+}
+
 } // namespace
 
 TreeContents ReadTree(const std::wstring& directory)
 {
     TreeContents contents;
-    AddTree(directory, L"", contents);
+    AddTree(LongForm(directory), L"", contents);
     return contents;
 }
 
@@ -67,16 +73,30 @@ SweepGround::SweepGround(const CallGround& calls) : m_calls(calls)
 
 void SweepGround::CheckAndRestore(bool callsChange)
 {
-    const TreeContents now = ReadTree(m_calls.tree.Root());
-    m_created.clear();
-    std::set_difference(now.begin(), now.end(), m_pristine.begin(), m_pristine.end(),
-                        std::inserter(m_created, m_created.end()), m_pristine.value_comp());
+    const TreeContents now = Read();
     if (now == m_pristine) {
         return;
     }
     CheckKept(now, callsChange);
     CheckCreated(callsChange);
     Restore(now);
+}
+
+void SweepGround::Clean()
+{
+    const TreeContents now = Read();
+    if (now != m_pristine) {
+        Restore(now);
+    }
+}
+
+TreeContents SweepGround::Read()
+{
+    TreeContents now = ReadTree(m_calls.tree.Root());
+    m_created.clear();
+    std::set_difference(now.begin(), now.end(), m_pristine.begin(), m_pristine.end(),
+                        std::inserter(m_created, m_created.end()), m_pristine.value_comp());
+    return now;
 }
 
 void SweepGround::CheckKept(const TreeContents& now, bool callsChange) const
@@ -101,7 +121,7 @@ void SweepGround::CheckCreated(bool callsChange) const
 void SweepGround::Restore(const TreeContents& now) const
 {
     for (auto entry = m_created.rbegin(); entry != m_created.rend(); ++entry) { // contents before their directory
-        const std::wstring path = m_calls.tree.Path(entry->first);
+        const std::wstring path = LongForm(m_calls.tree.Path(entry->first));
         EXPECT_TRUE(entry->second == "/" ? ::RemoveDirectoryW(path.c_str()) : ::DeleteFileW(path.c_str()))
             << Utf8(path) << " is still open, error " << ::GetLastError();
     }
