@@ -598,8 +598,8 @@ KESTROVANE_API int IsRunOnWin2003SP1Up();
 /// inherits. Its other entries in each DACL are replaced. Group and SACL are unchanged.
 ///
 /// The order is depth-first, a folder before its contents. Junctions and symbolic links to folders are entered, unless
-/// they lead back to a folder on the way down: such a link is changed, but not entered. Entries whose names hold a
-/// separator are skipped.
+/// they lead back to a folder on the way down, or cannot be opened: such a link is changed, but not entered. Entries
+/// whose names hold a separator are skipped.
 ///
 /// @param path     A file or folder without a trailing backslash, used as it is up to its first NUL.
 /// @param account  A user or group as Windows looks it up: `name`, `DOMAIN\name`, `.\name` (the prefix is removed), or

@@ -166,16 +166,17 @@ void EnterIfFolder(const std::wstring& path, const std::wstring& account, OpenFo
     }
 }
 
-// Whether an entry is a reparse point that leads back to a folder on the way down. Entered, it would lead there for
-// ever.
+// Whether an entry is a reparse point that leads back to a folder on the way down: entered, it would lead there without
+// end. A folder without a readable identity counts as one.
 bool LeadsToOpenFolder(const FolderWalk& folder, const std::wstring& path, OpenFolders& open)
 {
     if (!folder.IsAtReparsePoint()) {
         return false;
     }
     const std::optional<FileIdentity> identity = ReadFileIdentity(path);
-    return identity && std::any_of(open.begin(), open.end(),
-                                   [&identity](FolderWalk& openFolder) { return openFolder.Identity() == identity; });
+    return !identity || std::any_of(open.begin(), open.end(), [&identity](FolderWalk& openFolder) {
+        return !openFolder.Identity() || openFolder.Identity() == identity;
+    });
 }
 
 void ChangeEntry(const FolderWalk& folder, OpenFolders& open)

@@ -52,7 +52,7 @@ private:
     void CopyStep(Step step);
     bool LinkUnchanged(const Step& step);
     void Retry(Progress& progress);
-    bool WaitForRetry() const;
+    [[nodiscard]] bool WaitForRetry() const;
     void Settle(std::size_t mostRunning);
     void Check(Step step, DigestResult result);
     void Record(const Step& step, const FileDigest& digest);

@@ -8,10 +8,11 @@ namespace agent {
 
 FormerVersion::FormerVersion(const std::vector<Version>& versions)
 {
-    for (auto version = versions.rbegin(); version != versions.rend(); ++version) {
+    const std::vector<Version> newestFirst(versions.rbegin(), versions.rend());
+    for (const Version& version : newestFirst) {
         std::wstring error;
-        if (auto read = LoadManifest(version->folder, error)) {
-            m_version = *version;
+        if (auto read = LoadManifest(version.folder, error)) {
+            m_version = version;
             m_read = std::move(*read);
             break;
         }

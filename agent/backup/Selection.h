@@ -13,15 +13,15 @@ struct Selection {
     std::vector<std::wstring> filters;  // patterns of file names; empty: all
     std::vector<std::wstring> excludes; // patterns of file and directory names
 
-    bool IsPartial() const { return !filters.empty() || !excludes.empty(); }
+    [[nodiscard]] bool IsPartial() const { return !filters.empty() || !excludes.empty(); }
 
-    bool TakesFile(std::wstring_view name) const
+    [[nodiscard]] bool TakesFile(std::wstring_view name) const
     {
         return (filters.empty() || MatchesAny(name, filters)) && !MatchesAny(name, excludes);
     }
 
     // Whether a directory is entered.
-    bool TakesDirectory(std::wstring_view name) const { return !MatchesAny(name, excludes); }
+    [[nodiscard]] bool TakesDirectory(std::wstring_view name) const { return !MatchesAny(name, excludes); }
 };
 
 } // namespace agent

@@ -15,13 +15,13 @@ public:
     // one cannot be used.
     std::optional<std::wstring> Add(const std::vector<std::wstring>& values);
 
-    bool IsEmpty() const { return m_devices.empty(); }
+    [[nodiscard]] bool IsEmpty() const { return m_devices.empty(); }
 
     // Whether there is a snapshot of the volume that holds a path; the library itself cannot tell.
-    bool Covers(const std::wstring& path) const;
+    [[nodiscard]] bool Covers(const std::wstring& path) const;
 
     // The path in the snapshot; a root ends with a backslash, without which it cannot be opened.
-    std::wstring PathOf(const std::wstring& path) const;
+    [[nodiscard]] std::wstring PathOf(const std::wstring& path) const;
 
 private:
     std::map<std::wstring, std::wstring> m_devices; // by volume name, or by share with its trailing backslash

@@ -16,14 +16,14 @@ public:
     std::optional<std::wstring> Open(const std::wstring& directory, const std::vector<std::wstring>& snapshots);
 
     // The directory that a walk starts at.
-    const std::wstring& Root() const { return m_root; }
+    [[nodiscard]] const std::wstring& Root() const { return m_root; }
 
     // The live path of a name.
-    std::wstring Live(const std::wstring& name) const;
+    [[nodiscard]] std::wstring Live(const std::wstring& name) const;
 
     // Whether a directory of the tree can be read from a snapshot, where snapshots are used: it is not when another
     // volume is mounted in it.
-    bool Covers(const std::wstring& name) const;
+    [[nodiscard]] bool Covers(const std::wstring& name) const;
 
 private:
     std::wstring m_directory;

@@ -86,7 +86,7 @@ public:
 
 private:
     // The outermost directory whose files are too long: one message covers all of them.
-    std::wstring DirectoryOfTooLong(const TreeEntry& entry) const
+    [[nodiscard]] std::wstring DirectoryOfTooLong(const TreeEntry& entry) const
     {
         std::wstring name = entry.name;
         while (name.size() > m_longestName) {

@@ -53,8 +53,9 @@ std::optional<LoadedVersion> Load(const Version& version, VersionError& error)
 std::optional<LoadedVersion> FindNewest(const std::vector<Version>& versions, VersionError& error)
 {
     std::optional<LoadedVersion> incomplete;
-    for (auto version = versions.rbegin(); version != versions.rend(); ++version) {
-        auto loaded = Load(*version, error);
+    const std::vector<Version> newestFirst(versions.rbegin(), versions.rend());
+    for (const Version& version : newestFirst) {
+        auto loaded = Load(version, error);
         if (loaded && loaded->read.manifest.complete) {
             return loaded;
         }

@@ -49,7 +49,7 @@ public:
     }
 
 private:
-    std::wstring WhyRejected() const
+    [[nodiscard]] std::wstring WhyRejected() const
     {
         constexpr std::size_t kLongest = 257; // characters: the library appends a search pattern
         if (m_directory.size() > kLongest) {
@@ -184,7 +184,7 @@ private:
     }
 
     // Where the library logs nothing, it works in the order of the names.
-    std::wstring FirstThatStays(const TreeSurvey& survey) const
+    [[nodiscard]] std::wstring FirstThatStays(const TreeSurvey& survey) const
     {
         if (!m_culprit.empty()) {
             return m_culprit;

@@ -36,8 +36,8 @@ public:
 private:
     void Draw();
     std::wstring Line();
-    std::wstring Bar(std::int64_t bytes) const;
-    std::int64_t BytesSoFar() const;
+    [[nodiscard]] std::wstring Bar(std::int64_t bytes) const;
+    [[nodiscard]] std::int64_t BytesSoFar() const;
 
     const std::wstring m_stage;
     const std::int64_t m_files;

@@ -34,7 +34,7 @@ public:
     void SetFlag(const std::string& name, bool flag);
     void SetSeconds(const std::string& name, double seconds);
     void Count(const std::string& name, std::int64_t number = 1);
-    std::int64_t Number(const std::string& name) const;
+    [[nodiscard]] std::int64_t Number(const std::string& name) const;
 
     // Something that was achieved: with failures beside it, the command was done in part.
     void CountAchieved() { ++m_achieved; }
@@ -51,7 +51,7 @@ public:
     void SetUseless() { m_useless = true; } // what was achieved cannot be used
     void SetAtRestart() { m_atRestart = true; }
 
-    bool HasFailures() const { return !m_failures.empty(); }
+    [[nodiscard]] bool HasFailures() const { return !m_failures.empty(); }
 
     // Writes the summary or the JSON object. @return the exit code.
     int Finish();
@@ -63,7 +63,7 @@ private:
     using Value = std::variant<std::int64_t, double, bool, std::wstring, std::vector<std::wstring>, std::vector<Item>>;
 
     Value& Row(const std::string& name, Value initial);
-    ExitCode Code() const;
+    [[nodiscard]] ExitCode Code() const;
     void PrintText() const;
     void PrintJson(int code) const;
 

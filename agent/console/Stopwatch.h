@@ -8,7 +8,7 @@ namespace agent {
 
 class Stopwatch {
 public:
-    double Seconds() const { return std::chrono::duration<double>(Clock::now() - m_start).count(); }
+    [[nodiscard]] double Seconds() const { return std::chrono::duration<double>(Clock::now() - m_start).count(); }
 
 private:
     using Clock = std::chrono::steady_clock;

@@ -18,9 +18,9 @@ struct FileInformation {
     FileTime created = 0;
     FileTime modified = 0;
 
-    bool IsDirectory() const { return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0; }
-    bool IsLink() const { return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0; }
-    bool IsReadOnly() const { return (attributes & FILE_ATTRIBUTE_READONLY) != 0; }
+    [[nodiscard]] bool IsDirectory() const { return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0; }
+    [[nodiscard]] bool IsLink() const { return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0; }
+    [[nodiscard]] bool IsReadOnly() const { return (attributes & FILE_ATTRIBUTE_READONLY) != 0; }
 };
 
 FileTime FromWindows(const FILETIME& time);

@@ -44,7 +44,7 @@ public:
     bool Covers(std::size_t mapping, const std::wstring& directory, const std::wstring& name);
 
     // The directory that a mapping must not leave.
-    const std::wstring& AlternateLocation(std::size_t mapping) const { return m_locations[mapping]; }
+    [[nodiscard]] const std::wstring& AlternateLocation(std::size_t mapping) const { return m_locations[mapping]; }
 
 private:
     std::vector<Mappings> m_single; // each mapping in a list of its own

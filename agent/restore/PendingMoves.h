@@ -14,7 +14,7 @@ struct PendingMove {
     std::wstring target;   // empty: the source is deleted
     bool replaces = false; // an existing target is replaced
 
-    bool IsDeletion() const { return target.empty(); }
+    [[nodiscard]] bool IsDeletion() const { return target.empty(); }
 
     bool operator==(const PendingMove&) const = default;
 };

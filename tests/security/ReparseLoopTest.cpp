@@ -45,3 +45,22 @@ TEST_F(ChangeObjectOwnerTest, PathEndsAtItsFirstNul)
     EXPECT_TRUE(ChangeObjectOwner(top + L'\0', kAccount));
     EXPECT_EQ(expected.size() * 2, WrittenPaths().size());
 }
+
+namespace {
+
+HANDLE WINAPI FailToOpen(const wchar_t* /*path*/, DWORD /*access*/, DWORD /*share*/, SECURITY_ATTRIBUTES* /*security*/,
+                         DWORD /*disposition*/, DWORD /*flags*/, HANDLE /*model*/)
+{
+    ::SetLastError(ERROR_ACCESS_DENIED);
+    return INVALID_HANDLE_VALUE;
+}
+
+} // namespace
+
+// Simulation: the target of the links cannot be opened, so nothing is known of where they lead.
+TEST_F(ReparseLoopTest, LinkThatCannotBeOpenedIsChangedButNotEntered)
+{
+    const ImportPatch open("CreateFileW", &FailToOpen);
+    EXPECT_TRUE(ChangeObjectOwner(kLinked, kAccount));
+    EXPECT_EQ((StringList{kLinked, kLinked + LR"(\other)"}), WrittenPaths());
+}
