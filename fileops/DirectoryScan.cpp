@@ -90,8 +90,9 @@ bool CVssFileManager::ScanDirectory(const std::wstring& filter, const std::wstri
         if (search.IsDirectory()) {
             continue;
         }
-        std::wstring file = Joined(prefix, search.Name());
-        if (NameHasSeparator(search.Name())) {
+        const std::wstring_view name = search.Name();
+        std::wstring file = Joined(prefix, name);
+        if (NameHasSeparator(name)) {
             AddIfWanted(invalid, std::move(file));
         } else if (sorted.Add(std::move(file))) {
             m_pfnLogger(kProgressLevel, "file =  %S\n", files.back().c_str());

@@ -4,7 +4,9 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <cwchar>
+#include <iterator>
 #include <string_view>
 
 inline std::wstring_view EntryName(const WIN32_FIND_DATAW& entry) noexcept
@@ -30,5 +32,6 @@ inline bool IsReparsePoint(const WIN32_FIND_DATAW& entry) noexcept
 // Such a name leads out of its directory; a damaged volume or a hostile server may return it.
 inline bool NameHasSeparator(std::wstring_view name) noexcept
 {
-    return name.find_first_of(L"\\/") != std::wstring_view::npos;
+    return std::any_of(name.begin(), name.end(),
+                       [](wchar_t character) { return character == L'\\' || character == L'/'; });
 }
