@@ -11,6 +11,8 @@
 
 namespace {
 
+using quorvantavss::CVssFileManager;
+
 // Allocates once.
 std::wstring Joined(std::wstring_view prefix, std::wstring_view name)
 {
@@ -62,6 +64,21 @@ private:
     bool m_isSorted = true;
 };
 
+// Normalises the directory. Returns false if it is invalid, missing or cannot be searched.
+bool PrepareScan(CVssFileManager& manager, std::wstring& directory)
+{
+    const std::wstring given = directory;
+    manager.ClearErrorText();
+    if (!manager.NormalizeDirectoryPath(directory)) {
+        return false;
+    }
+    if (!DirectorySearch::IsSearchable(directory) || !manager.isDirectoryExists(directory)) {
+        manager.RecordErrno(given);
+        return false;
+    }
+    return true;
+}
+
 } // namespace
 
 namespace quorvantavss {
@@ -69,13 +86,8 @@ namespace quorvantavss {
 bool CVssFileManager::ScanDirectory(const std::wstring& filter, const std::wstring& directory,
                                     std::vector<std::wstring>& files, bool fullPath, std::vector<std::wstring>* invalid)
 {
-    ClearErrorText();
     std::wstring base = directory;
-    if (!NormalizeDirectoryPath(base)) {
-        return false;
-    }
-    if (!DirectorySearch::IsSearchable(base) || !isDirectoryExists(base)) {
-        RecordErrno(directory);
+    if (!PrepareScan(*this, base)) {
         return false;
     }
     TickKeepAlive();

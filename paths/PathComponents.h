@@ -10,6 +10,7 @@
 // valid until the next Split.
 class PathComponents {
 public:
+    // cppcheck-suppress uninitMemberVar ; Split writes the buffers before they are read
     explicit PathComponents(const std::wstring& path) { Split(path); }
     PathComponents(const PathComponents&) = delete;
     PathComponents& operator=(const PathComponents&) = delete;
@@ -32,7 +33,7 @@ private:
     std::wstring_view m_directory;
     std::wstring_view m_name;
     std::wstring_view m_extension;
-    wchar_t m_driveBuffer[kDriveCapacity]; // these buffers are written before they are read
+    wchar_t m_driveBuffer[kDriveCapacity];
     wchar_t m_buffers[3][kComponentCapacity];
     std::wstring m_longBuffer; // for longer paths: three buffers in a row
 };

@@ -36,7 +36,7 @@ public:
 private:
     void SetRows();
     bool CanStart();
-    bool IsOtherDirectory() const;
+    [[nodiscard]] bool IsOtherDirectory() const;
     void Execute();
     bool IsWorthAVersion(const SourceTree& tree);
     bool BeginVersion();

@@ -22,17 +22,17 @@ public:
     FormerVersion& operator=(FormerVersion&&) = default;
 
     // The directory that it is a version of; empty without a version.
-    const std::wstring& Original() const { return m_read.manifest.original; }
+    [[nodiscard]] const std::wstring& Original() const { return m_read.manifest.original; }
 
     // The entry of a file, nothing for a new one.
-    const ManifestFile* Find(const std::wstring& name) const;
+    [[nodiscard]] const ManifestFile* Find(const std::wstring& name) const;
 
     // Whether the file is still as it was, and its copy is there. Times and sizes decide, not the content.
-    bool HoldsUnchanged(const ManifestFile& former, const FileInformation& now) const;
+    [[nodiscard]] bool HoldsUnchanged(const ManifestFile& former, const FileInformation& now) const;
 
-    std::wstring CopyOf(const ManifestFile& file) const;
+    [[nodiscard]] std::wstring CopyOf(const ManifestFile& file) const;
 
-    const std::vector<ManifestFile>& Files() const { return m_read.manifest.files; }
+    [[nodiscard]] const std::vector<ManifestFile>& Files() const { return m_read.manifest.files; }
 
 private:
     Version m_version;

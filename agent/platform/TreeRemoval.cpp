@@ -37,8 +37,9 @@ public:
     // Children come after their parents in the list.
     std::optional<std::wstring> RemoveDirectories(const std::wstring& root)
     {
-        for (auto directory = m_directories.rbegin(); directory != m_directories.rend(); ++directory) {
-            Check(::RemoveDirectoryW(LongForm(*directory).c_str()), *directory);
+        const std::vector<std::wstring> childrenFirst(m_directories.rbegin(), m_directories.rend());
+        for (const std::wstring& directory : childrenFirst) {
+            Check(::RemoveDirectoryW(LongForm(directory).c_str()), directory);
         }
         Check(::RemoveDirectoryW(LongForm(root).c_str()), root);
         return m_reason;

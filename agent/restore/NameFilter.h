@@ -14,7 +14,7 @@ public:
     // File patterns; no pattern selects everything.
     explicit NameFilter(const std::vector<std::wstring>& patterns);
 
-    bool IsEverything() const { return m_patterns.empty(); }
+    [[nodiscard]] bool IsEverything() const { return m_patterns.empty(); }
 
     // Whether the name of a file, without its directory, fits some pattern.
     bool Takes(const std::wstring& path);

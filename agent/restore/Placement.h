@@ -31,7 +31,7 @@ public:
     bool Covers(std::size_t mapping, const std::wstring& name);
 
 private:
-    std::optional<Destination> At(const Place& place, const std::wstring& path) const;
+    [[nodiscard]] std::optional<Destination> At(const Place& place, const std::wstring& path) const;
 
     const RestoreOptions& m_options;
     std::wstring m_original;

@@ -32,8 +32,8 @@ public:
     CacheFile(const CacheFile&) = delete;
     CacheFile& operator=(const CacheFile&) = delete;
 
-    const std::wstring& Path() const { return m_path; }
-    DWORD Error() const { return m_error; } // 0 when the file was created
+    [[nodiscard]] const std::wstring& Path() const { return m_path; }
+    [[nodiscard]] DWORD Error() const { return m_error; } // 0 when the file was created
     void Keep() { m_kept = true; }
 
 private:
@@ -79,6 +79,17 @@ RebootReplacement::Result RebootReplacement::Register(const RestoreStep& step, D
     return result;
 }
 
+// The cache file is registered by now: what is missing is told, and the replacement stays.
+RebootReplacement::Result RebootReplacement::WithInformation(const RestoreStep& step, const std::wstring& cacheFile,
+                                                             DWORD attributes)
+{
+    Result result{cacheFile, std::nullopt};
+    if (!SetInformation(cacheFile, step.file.created, step.file.modified, attributes)) {
+        result.failure = {step.target.path, L"its times and attributes could not be restored: " + LastReason()};
+    }
+    return result;
+}
+
 RebootReplacement::Result RebootReplacement::Fill(const RestoreStep& step, DWORD attributes)
 {
     std::wstring target = step.target.path;
@@ -106,11 +117,7 @@ RebootReplacement::Result RebootReplacement::Fill(const RestoreStep& step, DWORD
         return Failed(step, L"its replacement cannot be registered, which takes an administrator: " + LastReason());
     }
     cache.Keep();
-    Result result{cache.Path(), std::nullopt};
-    if (!SetInformation(cache.Path(), step.file.created, step.file.modified, attributes)) {
-        result.failure = {target, L"its times and attributes could not be restored: " + LastReason()};
-    }
-    return result;
+    return WithInformation(step, cache.Path(), attributes);
 }
 
 std::optional<std::wstring> RebootReplacement::TakeBackEarlier(const std::wstring& target)

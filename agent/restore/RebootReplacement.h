@@ -21,7 +21,7 @@ public:
     RebootReplacement(RestoreRecord& record, bool temporaryCache);
 
     // Why earlier registrations are not known; they cannot be taken back then.
-    const std::wstring& Problem() const { return m_problem; }
+    [[nodiscard]] const std::wstring& Problem() const { return m_problem; }
 
     struct Result {
         std::wstring cacheFile;                // empty when nothing was registered
@@ -37,6 +37,7 @@ public:
 
 private:
     Result Fill(const RestoreStep& step, DWORD attributes);
+    static Result WithInformation(const RestoreStep& step, const std::wstring& cacheFile, DWORD attributes);
 
     RestoreRecord& m_record;
     bool m_temporaryCache;

@@ -34,7 +34,7 @@ public:
     StagedFile(const StagedFile&) = delete;
     StagedFile& operator=(const StagedFile&) = delete;
 
-    const std::wstring& Path() const { return m_path; }
+    [[nodiscard]] const std::wstring& Path() const { return m_path; }
 
     // Takes the target's place in one step: there is no moment without a whole file. ReplaceFileW has one, between the
     // removal of the old file and the move of the new one. On failure the last error tells why, and the target is as it

@@ -35,7 +35,7 @@ public:
     RestoreRecord& operator=(const RestoreRecord&) = delete;
 
     // Why no record could be written. A killed restore would then leave its unfinished file.
-    const std::wstring& Problem() const { return m_problem; }
+    [[nodiscard]] const std::wstring& Problem() const { return m_problem; }
 
     // A file in `directory` that takes new content. No other program and no other restore uses the name; this one uses
     // it again after kMostStagedFiles further calls.

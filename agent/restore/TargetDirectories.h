@@ -20,8 +20,8 @@ public:
     std::optional<std::wstring> Prepare(const std::wstring& directory, const std::wstring& bound);
 
     // The outermost directories that were not there before.
-    const std::vector<std::wstring>& Created() const { return m_created; }
-    bool IsInCreated(const std::wstring& path) const;
+    [[nodiscard]] const std::vector<std::wstring>& Created() const { return m_created; }
+    [[nodiscard]] bool IsInCreated(const std::wstring& path) const;
 
     // Restores times and attributes, and with --security the security descriptors; innermost first, because work in a
     // directory changes its times. Directories that were there already are left alone unless existing files may be
