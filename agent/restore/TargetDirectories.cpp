@@ -45,7 +45,7 @@ std::optional<std::wstring> TargetDirectories::Create(const std::wstring& direct
         return L"the link " + link + L" leads elsewhere, so nothing is restored through it";
     }
     const std::wstring topmost = TopmostMissing(directory);
-    const auto reason = EnsureDirectory(directory);
+    auto reason = EnsureDirectory(directory);
     if (!reason && !topmost.empty()) {
         m_created.push_back(topmost);
     }
@@ -61,14 +61,14 @@ bool TargetDirectories::IsInCreated(const std::wstring& path) const
 void TargetDirectories::Finish(const std::vector<DirectoryStep>& steps, const RestoreOptions& options,
                                Report& report) const
 {
-    for (auto step = steps.rbegin(); step != steps.rend(); ++step) {
-        const std::wstring& path = step->target.path;
+    std::for_each(steps.rbegin(), steps.rend(), [&](const DirectoryStep& step) {
+        const std::wstring& path = step.target.path;
         const auto prepared = m_prepared.find(path);
         const bool isThere = prepared != m_prepared.end() && !prepared->second;
         if (isThere && (options.overwrite == Overwrite::kAlways || IsInCreated(path))) {
-            FinishOne(path, step->directory, options.security, report);
+            FinishOne(path, step.directory, options.security, report);
         }
-    }
+    });
 }
 
 } // namespace agent
