@@ -27,7 +27,7 @@ protected:
     }
 
     // The tree itself, and relative paths of nothing but a NUL and characters after it.
-    StringList Directories() const
+    [[nodiscard]] StringList Directories() const
     {
         const std::wstring top = tree.Path(L"top");
         return {WithNul(top, L"junk"), WithNul(top, L""), WithNul(top + L"\\", LR"(\)"), WithNul(L"", L"junk"),

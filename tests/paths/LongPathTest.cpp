@@ -32,7 +32,8 @@ constexpr std::size_t kLongestPart = 255; // characters that validation looks at
 
 std::wstring Letters(std::size_t count)
 {
-    return std::wstring(count, L'n');
+    std::wstring letters(count, L'n');
+    return letters;
 }
 
 // Fills the whole buffer, without a terminator.

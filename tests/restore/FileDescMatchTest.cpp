@@ -66,8 +66,8 @@ const PathCase kPathCases[] = {
 TEST(IsFileDescMatch, ComparesThePathsAsFarAsTheFlagsReach)
 {
     for (const auto& [first, second, relation, why] : kPathCases) {
-        const auto match = [&](bool firstRecursive, bool secondRecursive) {
-            return Match({first, L"*", firstRecursive}, {second, L"*", secondRecursive});
+        const auto match = [&a = first, &b = second](bool firstRecursive, bool secondRecursive) {
+            return Match({a, L"*", firstRecursive}, {b, L"*", secondRecursive});
         };
         EXPECT_EQ(relation == kEqual, match(false, false)) << why;
         EXPECT_EQ(relation != kApart, match(true, false)) << why;

@@ -64,7 +64,7 @@ protected:
         RegisterSilentHost();
     }
 
-    int AllocationsOfListing(int files) const
+    [[nodiscard]] int AllocationsOfListing(int files) const
     {
         SimulatedListing simulated;
         simulated.AnswerAll(Files(files));

@@ -4,6 +4,8 @@
 
 #include "tests/support/ImportPatch.h"
 
+#include <gtest/gtest.h>
+
 #include <io.h>
 
 #include <algorithm>
@@ -65,8 +67,11 @@ public:
         return static_cast<std::size_t>(std::count_if(m_searches.begin(), m_searches.end(),
                                                       [](const Search& search) { return search.entries != nullptr; }));
     }
-    const std::vector<std::intptr_t>& ClosedInOrder() const { return m_closed; } // counted from 1, as they were opened
-    std::size_t OpenedSearches() const { return m_searches.size(); }             // closed ones included
+    [[nodiscard]] const std::vector<std::intptr_t>& ClosedInOrder() const
+    {
+        return m_closed;
+    } // counted from 1, as they were opened
+    [[nodiscard]] std::size_t OpenedSearches() const { return m_searches.size(); } // closed ones included
 
 private:
     struct Search {

@@ -26,7 +26,7 @@ int __cdecl KeepLine(int level, const char* format, ...)
     char line[512] = {};
     va_list arguments;
     va_start(arguments, format);
-    std::vsnprintf(line, sizeof(line), format, arguments);
+    static_cast<void>(std::vsnprintf(line, sizeof(line), format, arguments));
     va_end(arguments);
     g_lines.push_back(std::to_string(level) + line);
     return 0;
