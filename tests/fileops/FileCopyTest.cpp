@@ -1,22 +1,6 @@
 // Copies of one file to a path whose directory is created first.
 
-#include "tests/support/FileLockerTest.h"
-#include "tests/support/WorkingDirectory.h"
-
-#include <algorithm>
-
-namespace {
-
-constexpr DWORD kShareNothing = 0;
-constexpr std::size_t kBlock = 8192; // bytes that a copy moves at a time
-
-std::wstring WithForwardSlashes(std::wstring path)
-{
-    std::replace(path.begin(), path.end(), L'\\', L'/');
-    return path;
-}
-
-} // namespace
+#include "tests/fileops/FileCopyFixture.h"
 
 class DoCopyComponentFileTest : public FileLockerTest {};
 

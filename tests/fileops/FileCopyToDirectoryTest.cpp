@@ -1,22 +1,6 @@
 // Copies of one file into a directory, under the name of the file.
 
-#include "tests/support/FileLockerTest.h"
-#include "tests/support/WorkingDirectory.h"
-
-#include <algorithm>
-
-namespace {
-
-constexpr DWORD kShareNothing = 0;
-constexpr std::size_t kBlock = 8192; // bytes that a copy moves at a time
-
-std::wstring WithForwardSlashes(std::wstring path)
-{
-    std::replace(path.begin(), path.end(), L'\\', L'/');
-    return path;
-}
-
-} // namespace
+#include "tests/fileops/FileCopyFixture.h"
 
 class DoCopyComponentFileToDirTest : public FileLockerTest {};
 
