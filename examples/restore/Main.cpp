@@ -82,8 +82,7 @@ private:
 // On a share, a replacement would be registered, and nothing would happen at the reboot.
 bool IsOnLocalVolume(const std::wstring& path)
 {
-    std::wstring volume;
-    return GetUniqueVolumeNameForPathNoThrow(path, volume);
+    return GetUniqueVolumeNameForPath(path).starts_with(L"\\\\?\\Volume{");
 }
 
 Outcome ReplaceAtReboot(const std::wstring& source, std::wstring target)

@@ -28,8 +28,8 @@ build_project() {
 expect_host() {
     local printed expected
     printed=$("$emulator" "$1" | tr -d '\r')
-    expected='FileManager.cpp::147::SetVssFileManagerLogger
-FileManager.cpp::154::SendKA
+    expected='frame/FileManager.cpp::147::SetVssFileManagerLogger
+frame/FileManager.cpp::154::SendKA
 keep-alive 600
 name f.tar.gz
 caught 0x8007000E'

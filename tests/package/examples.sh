@@ -7,7 +7,8 @@ locker=$4
 name=package-examples-$$
 disk=$prefix/drive_c/$name # C:\NAME in the programs
 windows="C:\\$name"
-trap 'rm -rf "$disk"' EXIT
+locked=
+trap 'unlock; rm -rf "$disk"' EXIT
 
 build_example() {
     build_project "$unpacked/share/doc/kestrovane/examples/$1" "$work/examples/$1" "-DCMAKE_PREFIX_PATH=$unpacked"
@@ -43,7 +44,7 @@ list_and_copy() {
     run 1 list-and-copy/list-and-copy.exe "$windows\\missing" "$windows\\copy"
 }
 
-# Opens a file exclusively until the end of the block.
+# Opens a file exclusively until unlock.
 lock() {
     local generic_read=2147483648
     "$emulator" "$locker" "$1" $generic_read 0 "$name" >"$work/locker" &
@@ -52,6 +53,13 @@ lock() {
         kill -0 "$locked" 2>/dev/null || fail "$1 could not be locked"
         sleep 0.1
     done
+}
+
+unlock() {
+    [[ -n $locked ]] || return 0
+    kill "$locked" 2>/dev/null || true
+    wait "$locked" || true
+    locked=
 }
 
 restore() {
@@ -64,8 +72,7 @@ restore() {
     write "$disk/live/db/two.txt" 'two, stays'
     lock "$windows\\live\\busy.txt"
     run 4 restore/restore-files.exe "$windows\\backup" "$windows\\live" "$windows\\live\\db\\=$windows\\alternate"
-    kill "$locked"
-    wait "$locked" || true
+    unlock
     holds "$disk/live/one.txt" 'one, restored'
     holds "$disk/alternate/two.txt" 'two, restored'
     holds "$disk/live/db/two.txt" 'two, stays'
