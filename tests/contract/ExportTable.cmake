@@ -53,3 +53,14 @@ constexpr const char* kReadmeFunctions[] = {
 @readme_functions@
 };
 " @ONLY)
+
+# The header's text. A string literal of a compiler has its limits, so it is joined from one per group.
+file(READ ${public_header} header_text)
+string(REPLACE "\n/// @defgroup" ")header\" R\"header(\n/// @defgroup" header_text "${header_text}")
+file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/include/tests/contract/PublicHeader.h CONTENT
+"// Generated from the public header.
+
+#pragma once
+
+constexpr const char* kPublicHeader = R\"header(@header_text@)header\";
+" @ONLY)
