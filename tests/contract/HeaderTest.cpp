@@ -67,6 +67,17 @@ TEST(Header, DeclaresEveryFunctionWithAComment)
     EXPECT_EQ(kDeclaredFunctions, Declarations().size());
 }
 
+TEST(Header, DeclaresTheFunctionsInTheReadmesOrder)
+{
+    std::vector<std::string> names;
+    for (const Declaration& declaration : Declarations()) {
+        if (names.empty() || names.back() != declaration.name) { // overloads follow each other
+            names.push_back(declaration.name);
+        }
+    }
+    EXPECT_EQ(std::vector<std::string>(std::begin(kReadmeFunctions), std::end(kReadmeFunctions)), names);
+}
+
 TEST(Header, HasTheSameHeadingsInTheSameOrderForEveryFunction)
 {
     for (const Declaration& declaration : Declarations()) {
