@@ -17,3 +17,6 @@ set(CMAKE_CXX_FLAGS_INIT
 foreach(kind EXE SHARED MODULE)
     set(CMAKE_${kind}_LINKER_FLAGS_INIT "-B${gcc} -L${gcc}")
 endforeach()
+# GCC's driver adds the thread library by itself.
+set(CMAKE_CXX_STANDARD_LIBRARIES
+    "-lpthread -lkernel32 -luser32 -lgdi32 -lwinspool -lshell32 -lole32 -loleaut32 -luuid -lcomdlg32 -ladvapi32")
