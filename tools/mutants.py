@@ -1,5 +1,6 @@
 """Builds the library with one mutation, and runs the tests that cover the changed file."""
 
+import collections
 import glob
 import hashlib
 import json
@@ -38,6 +39,13 @@ SPARE_TIME = 6  # seconds that a program may take beyond twice what it takes wit
 MOST_MEMORY = 6 << 30  # bytes of address space: a loop without end must not exhaust the machine
 MOST_OUTPUT = 64 << 20  # bytes of a file
 
+FAMILIAR_KILLERS = 12  # tests that are tried first
+
+# What most sources include is compiled once.
+COMMON_HEADERS = ["windows.h", "aclapi.h", "oleauto.h", "shlwapi.h", "direct.h", "fcntl.h", "io.h", "algorithm", "cerrno",
+                  "climits", "cstdarg", "cstdint", "cstdio", "cstdlib", "ctime", "cwchar", "cwctype", "deque", "map",
+                  "memory", "new", "optional", "string", "string_view", "utility", "vector"]
+
 PROGRAM_FOLDER = r"C:\programs\mutate"
 
 
@@ -67,6 +75,26 @@ class Library:
             self.compiler = next(iter(self.commands.values()))[1]
         self.users = self._users_of_headers()
         self.plain = {}  # hash of the code of each source without a mutation
+        self.times = {}  # seconds of each run without a mutation
+        self.killers = collections.defaultdict(collections.Counter)  # by file
+        self.common = self._compile_common()
+
+    def command_for(self, source, output):
+        """The command that compiles a source. Its last word is the source."""
+        command = list(self.commands[f"{self.root}/{source}"])
+        command = command[command.index(self.compiler):]
+        command[command.index("-o") + 1] = output
+        return [word for word in command if word not in ("-g", "-Werror")]
+
+    def _compile_common(self):
+        folder = f"{self.root}/build/mutate/common"
+        os.makedirs(folder, exist_ok=True)
+        with open(f"{folder}/common.h", "w", encoding="utf-8") as header:
+            header.writelines(f"#include <{name}>\n" for name in COMMON_HEADERS)
+        source = os.path.relpath(next(iter(self.commands)), self.root)
+        command = self.command_for(source, f"{folder}/common.h.gch")
+        subprocess.run([*command[:-1], "-w", "-x", "c++-header", f"{folder}/common.h"], cwd=folder, check=True)
+        return f"{folder}/common.h"
 
     def _users_of_headers(self):
         users = {}
@@ -124,7 +152,6 @@ class Worker:
         self.folder = f"{library.root}/build/mutate/worker-{number}"
         self.prefix = f"{library.root}/build/mutate/wine-{number}"
         self.programs = f"{self.prefix}/drive_c/programs/mutate"
-        self.times = {}  # seconds of each run without a mutation
 
     def start(self):
         os.makedirs(self.folder, exist_ok=True)
@@ -143,12 +170,16 @@ class Worker:
             return [objects, ""]
         if not objects:
             return ["same code", ""]
-        self._link_library(objects)
-        for program, names in self._runs(mutation.file):
+        runs = list(self._runs(mutation.file))
+        killer = self._run_familiar(mutation.file, runs, objects)
+        for program, names in [] if killer else runs:
             killer = self._run(program, names, objects)
             if killer:
-                return ["killed", killer]
-        return ["survived", ""]
+                break
+        if not killer:
+            return ["survived", ""]
+        self.library.killers[mutation.file][killer] += 1
+        return ["killed", killer]
 
     # Compiling
 
@@ -173,16 +204,12 @@ class Worker:
 
     def _compile_one(self, source):
         """Compiles a source of the worker's folder or, without one, of the checkout, with the worker's headers."""
-        command = list(self.library.commands[f"{self.library.root}/{source}"])
-        command = command[command.index(self.library.compiler):]
         output = f"{self.folder}/{source}.obj"
         os.makedirs(os.path.dirname(output), exist_ok=True)
         own = f"{self.folder}/{source}"
-        command[command.index("-o") + 1] = output
+        command = self.library.command_for(source, output)
         command[-1] = own if os.path.exists(own) else f"{self.library.root}/{source}"
-        command = [word for word in command if word not in ("-g", "-Werror")]
-        command[1:1] = [f"-I{self.folder}", f"-I{self.folder}/exports", "-w",
-                        f"-ffile-prefix-map={self.folder}/="]
+        command[1:1] = ["-include", self.library.common, f"-I{self.folder}", f"-I{self.folder}/exports", "-w"]
         if subprocess.run(command, cwd=self.folder, capture_output=True, check=False).returncode != 0:
             return None
         return output
@@ -244,16 +271,29 @@ class Worker:
 
     def _run(self, program, names, objects):
         """Returns what kills the mutation, or nothing. A run is measured first without the mutation: it must pass."""
-        if (program, names) not in self.times:
-            self._link_for(program, {})
-            killer, seconds = self._execute(program, names, None)
-            if killer:
-                raise RuntimeError(f"{killer} of {program} fails without a mutation")
-            self.times[(program, names)] = seconds
-            self._link_library(objects)
-        if program == "unit-tests":
-            self._link_unit_tests(objects)
-        return self._execute(program, names, 2 * self.times[(program, names)] + SPARE_TIME)[0]
+        if (program, names) not in self.library.times:
+            self._measure(program, names)
+        self._link_for(program, objects)
+        return self._execute(program, names, self._limit(program, names))[0]
+
+    def _run_familiar(self, file, runs, objects):
+        """The tests that killed most of the file's mutations before."""
+        first = runs[0]
+        killers = [killer for killer, _ in self.library.killers[file].most_common(FAMILIAR_KILLERS) if "." in killer]
+        if not killers or first not in self.library.times:
+            return ""
+        self._link_for(first[0], objects)
+        return self._execute(first[0], ":".join(killers), self._limit(*first))[0]
+
+    def _limit(self, program, names):
+        return 2 * self.library.times[(program, names)] + SPARE_TIME
+
+    def _measure(self, program, names):
+        self._link_for(program, {})
+        killer, seconds = self._execute(program, names, None)
+        if killer:
+            raise RuntimeError(f"{killer} of {program} fails without a mutation")
+        self.library.times[(program, names)] = seconds
 
     def _link_for(self, program, objects):
         if program == "unit-tests":

@@ -109,21 +109,24 @@ def select(options, results):
 
 def run_all(options, mutations, results):
     library = Library(ROOT)
+    for place, (outcome, killer) in results.items():
+        library.killers[place.split(":")[0]][killer] += outcome == "killed"
     idle = queue.SimpleQueue()
+    pool = concurrent.futures.ThreadPoolExecutor(options.workers)
     workers = [Worker(library, number) for number in range(1, options.workers + 1)]
     try:
         for worker in workers:
             worker.start()
             idle.put(worker)
-        with concurrent.futures.ThreadPoolExecutor(options.workers) as pool:
-            futures = {pool.submit(run_one, idle, mutation): mutation for mutation in mutations}
-            for future in concurrent.futures.as_completed(futures):
-                mutation = futures[future]
-                results[identity(mutation)] = future.result()
-                write_results(results)
-                if future.result()[0] == "survived":
-                    print(f"survived: {identity(mutation)}", flush=True)
+        futures = {pool.submit(run_one, idle, mutation): mutation for mutation in mutations}
+        for future in concurrent.futures.as_completed(futures):
+            mutation = futures[future]
+            results[identity(mutation)] = future.result()
+            write_results(results)
+            if future.result()[0] == "survived":
+                print(f"survived: {identity(mutation)}", flush=True)
     finally:
+        pool.shutdown(cancel_futures=True)
         for worker in workers:
             worker.stop()
 
