@@ -63,8 +63,9 @@ def suites_of(root, folder, stem=""):
 class Library:
     """The build of the library without a mutation."""
 
-    def __init__(self, root):
+    def __init__(self, root, narrow):
         self.root = root
+        self.narrow = narrow  # without the suites that cover every function
         self.build = f"{root}/build/release"
         self.objects = f"{self.build}/CMakeFiles/kestrovane_objects.dir"
         with open(f"{self.build}/compile_commands.json", encoding="utf-8") as commands:
@@ -265,9 +266,9 @@ class Worker:
         yield "unit-tests", suites_of(root, "unit")
         if folder in MODELS:
             yield "sweeps", MODELS[folder]
-        functions = ":".join(f"*/{name}*" for name in self.library.functions_of(file))
+        functions = [] if self.library.narrow else self.library.functions_of(file)
         for tests in WIDE if functions else []:
-            yield PROGRAMS.get(tests, "tests"), functions
+            yield PROGRAMS.get(tests, "tests"), ":".join(f"*/{name}*" for name in functions)
 
     def _run(self, program, names, objects):
         """Returns what kills the mutation, or nothing. A run is measured first without the mutation: it must pass."""

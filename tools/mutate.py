@@ -13,7 +13,7 @@ import json
 import os
 import queue
 import random
-import re
+import signal
 import sys
 
 from mutants import Library, Worker
@@ -32,6 +32,7 @@ def arguments():
     parser.add_argument("--sample", type=int, metavar="N", help="at most N mutations of each folder")
     parser.add_argument("--seed", type=int, default=1, help="of the sample")
     parser.add_argument("--survivors", action="store_true", help="only those that survived the last time")
+    parser.add_argument("--narrow", action="store_true", help="without the suites that cover every function: quicker")
     parser.add_argument("--workers", type=int, default=2, help="each with a Wine prefix of its own")
     return parser.parse_args()
 
@@ -108,7 +109,7 @@ def select(options, results):
 
 
 def run_all(options, mutations, results):
-    library = Library(ROOT)
+    library = Library(ROOT, options.narrow)
     for place, (outcome, killer) in results.items():
         library.killers[place.split(":")[0]][killer] += outcome == "killed"
     idle = queue.SimpleQueue()
@@ -160,6 +161,7 @@ def report(mutations, results, kept):
 
 
 def main():
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))
     options = arguments()
     results = read_results()
     kept = read_kept()
