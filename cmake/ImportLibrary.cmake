@@ -3,10 +3,7 @@
 # Adds the members of a library of the toolchain to the import library of a target: a host then links one library,
 # although the inline code of the header calls functions of another DLL. The joined archive holds no dates.
 function(kestrovane_join_import_library target library)
-    execute_process(
-        COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${library}
-        OUTPUT_VARIABLE added
-        OUTPUT_STRIP_TRAILING_WHITESPACE)
+    kestrovane_compiler_file(${library} added)
     set(script ${PROJECT_BINARY_DIR}/import-library.mri)
     set(name $<TARGET_LINKER_FILE_NAME:${target}>)
     file(GENERATE OUTPUT ${script} CONTENT "create ${name}.joined\naddlib ${name}\naddlib ${added}\nsave\nend\n")

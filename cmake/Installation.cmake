@@ -45,6 +45,7 @@ set(KESTROVANE_REFERENCE ${PROJECT_SOURCE_DIR}/build/docs/html CACHE PATH "The H
 set(documents ${CMAKE_INSTALL_DATAROOTDIR}/doc/kestrovane)
 file(READ README.md readme)
 string(REPLACE "](exports/" "](../../../${CMAKE_INSTALL_INCLUDEDIR}/" readme "${readme}")
+string(REPLACE "](build/docs/html/" "](reference/" readme "${readme}")
 file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/documents/README.md CONTENT "${readme}")
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS README.md)
 install(FILES ${PROJECT_BINARY_DIR}/documents/README.md CHANGELOG.md CONTRIBUTING.md

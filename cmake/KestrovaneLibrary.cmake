@@ -40,6 +40,7 @@ add_library(kestrovane_objects OBJECT
 target_include_directories(kestrovane_objects PUBLIC exports ${PROJECT_SOURCE_DIR})
 target_compile_definitions(kestrovane_objects PRIVATE KESTROVANE_BUILD INTERFACE KESTROVANE_STATIC)
 target_link_libraries(kestrovane_objects PRIVATE kestrovane_strictness INTERFACE advapi32 oleaut32 shlwapi)
+kestrovane_count_lines(kestrovane_objects)
 
 configure_file(module/Kestrovane.rc.in Kestrovane.rc @ONLY)
 

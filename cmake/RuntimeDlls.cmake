@@ -2,10 +2,7 @@
 # Microsoft's runtime is installed on its own.
 
 function(kestrovane_find_runtime_dll name result)
-    execute_process(
-        COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${name}
-        OUTPUT_VARIABLE dll
-        OUTPUT_STRIP_TRAILING_WHITESPACE)
+    kestrovane_compiler_file(${name} dll)
     # The compiler answers with the bare name where it has no such file in its own folders.
     if(NOT IS_ABSOLUTE "${dll}")
         cmake_path(GET CMAKE_CXX_COMPILER PARENT_PATH tools)

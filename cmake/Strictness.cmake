@@ -24,6 +24,14 @@ else()
     target_compile_definitions(kestrovane_strictness INTERFACE $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
 endif()
 
+# The preset "checked": what the language leaves undefined traps, containers check their arguments, every function its stack.
+option(KESTROVANE_CHECKED "Trap undefined behaviour" OFF)
+if(KESTROVANE_CHECKED)
+    target_compile_options(kestrovane_strictness INTERFACE
+        -fsanitize=undefined -fsanitize-undefined-trap-on-error -fstack-protector-all)
+    target_compile_definitions(kestrovane_strictness INTERFACE _GLIBCXX_ASSERTIONS)
+endif()
+
 # For programs: GCC sees overruns inside the standard library that are not there when strings are short literals.
 add_library(kestrovane_program_warnings INTERFACE)
 target_compile_options(kestrovane_program_warnings INTERFACE

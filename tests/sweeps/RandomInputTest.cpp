@@ -4,30 +4,16 @@
 
 #include "tests/sweeps/RandomInput.h"
 #include "tests/contract/EveryFunctionFixture.h"
+#include "tests/sweeps/FuzzSettings.h"
 #include "tests/sweeps/MappingModel.h"
 #include "tests/sweeps/SweepGround.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <set>
 
 namespace {
 
-constexpr int kUsualCalls = 50000;
-constexpr std::uint64_t kUsualSeed = 20240229;
-
-std::uint64_t Setting(const char* name, std::uint64_t usual)
-{
-    const char* value = std::getenv(name);
-    return value == nullptr ? usual : std::strtoull(value, nullptr, 10);
-}
-
-// The tenths of all calls that one test makes.
-int Share(int tenths)
-{
-    return static_cast<int>(Setting("KESTROVANE_FUZZ_CALLS", kUsualCalls)) / 10 * tenths;
-}
 constexpr int kShareOfArguments = 3; // these calls change files: the slow ones
 constexpr int kShareOfPatterns = 4;
 constexpr int kShareOfMappings = 3;
@@ -86,7 +72,7 @@ class RandomInputTest : public LibraryTest {
 protected:
     void SetUp() override
     {
-        m_seed = Setting("KESTROVANE_FUZZ_SEED", kUsualSeed);
+        m_seed = FuzzSeed();
         std::printf("Random input: seed %llu\n", static_cast<unsigned long long>(m_seed));
         std::fflush(stdout);
         input = RandomInput(m_seed);
@@ -163,7 +149,7 @@ TEST_F(RandomInputTest, IsHandledByEveryStringArgument)
     const std::vector<Argument> arguments = AllArguments();
     const int handles = OpenHandleCount();
     int made = 0;
-    for (int call = 0; made < Share(kShareOfArguments) && !HasFailure(); ++call) {
+    for (int call = 0; made < FuzzShare(kShareOfArguments) && !HasFailure(); ++call) {
         const auto& [function, argument] = arguments[input.Below(arguments.size())];
         const std::wstring path = input.Path();
         if ((argument.effect == Effect::kChanges && LeadsOut(path)) || NamesDevice(path)) {
@@ -190,7 +176,7 @@ TEST_F(RandomInputTest, IsHandledByEveryStringArgument)
 TEST_F(RandomInputTest, PatternsOverlapAsThePlainRecursionSays)
 {
     int overlaps = 0;
-    for (int call = 0; call < Share(kShareOfPatterns) && !HasFailure(); ++call) {
+    for (int call = 0; call < FuzzShare(kShareOfPatterns) && !HasFailure(); ++call) {
         std::wstring first = input.Of(L"aAb.*?", 8);
         std::wstring second = input.Of(L"aAb.*?", 8);
         std::wstring path = L"C:";
@@ -199,13 +185,13 @@ TEST_F(RandomInputTest, PatternsOverlapAsThePlainRecursionSays)
             << Title("IsFileDescMatch", call) << ": " << Utf8(first) << " and " << Utf8(second);
         overlaps += expected ? 1 : 0;
     }
-    EXPECT_LT(Share(kShareOfPatterns) / 20, overlaps) << "the patterns hardly ever overlap";
+    EXPECT_LT(FuzzShare(kShareOfPatterns) / 20, overlaps) << "the patterns hardly ever overlap";
 }
 
 TEST_F(RandomInputTest, MappingsCoverWhatTheirDescriptionSays)
 {
     int covered = 0;
-    for (int call = 0; call < Share(kShareOfMappings) / 2 && !HasFailure(); ++call) {
+    for (int call = 0; call < FuzzShare(kShareOfMappings) / 2 && !HasFailure(); ++call) {
         std::vector<VSS_ALTERNATE_MAPPING> mappings(input.Below(4));
         for (VSS_ALTERNATE_MAPPING& mapping : mappings) {
             mapping = {RandomDirectory(input, 4), input.Of(L"XY\\", 3), input.Of(L"a.*?", 3), input.OneIn(2)};
@@ -222,14 +208,14 @@ TEST_F(RandomInputTest, MappingsCoverWhatTheirDescriptionSays)
             covered += found ? 1 : 0;
         }
     }
-    EXPECT_LT(Share(kShareOfMappings) / 20, covered) << "the mappings hardly ever cover a file";
+    EXPECT_LT(FuzzShare(kShareOfMappings) / 20, covered) << "the mappings hardly ever cover a file";
 }
 
 TEST_F(RandomInputTest, ListingsAreThoseOfTheStandardLibrary)
 {
     constexpr int kCallsOfOneTree = 2500;
     constexpr int kFiles = 20;
-    for (int round = 0; round <= Share(10) / kCallsOfOneTree && !HasFailure(); ++round) {
+    for (int round = 0; round <= FuzzShare(10) / kCallsOfOneTree && !HasFailure(); ++round) {
         SCOPED_TRACE(Title("tree", round));
         const std::wstring top = L"top" + std::to_wstring(round);
         std::wstring directory = top;
