@@ -41,14 +41,16 @@ configure_file(cmake/kestrovane.pc.in kestrovane.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/kestrovane.pc DESTINATION ${pkgconfig_directory} COMPONENT development)
 
 # Documentation
-set(KESTROVANE_REFERENCE ${PROJECT_SOURCE_DIR}/build/docs/html CACHE PATH "The HTML reference, installed if it was built")
+set(KESTROVANE_REFERENCE ${PROJECT_BINARY_DIR}/docs/html CACHE PATH "The HTML reference, installed if it was built")
 set(documents ${CMAKE_INSTALL_DATAROOTDIR}/doc/kestrovane)
 file(READ README.md readme)
 string(REPLACE "](exports/" "](../../../${CMAKE_INSTALL_INCLUDEDIR}/" readme "${readme}")
 string(REPLACE "](build/docs/html/" "](reference/" readme "${readme}")
 file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/documents/README.md CONTENT "${readme}")
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS README.md)
-install(FILES ${PROJECT_BINARY_DIR}/documents/README.md CHANGELOG.md CONTRIBUTING.md
+file(GLOB other_documents CONFIGURE_DEPENDS *.md)
+list(REMOVE_ITEM other_documents ${PROJECT_SOURCE_DIR}/README.md)
+install(FILES ${PROJECT_BINARY_DIR}/documents/README.md ${other_documents}
     DESTINATION ${documents}
     COMPONENT documentation)
 install(DIRECTORY docs DESTINATION ${documents} COMPONENT documentation
