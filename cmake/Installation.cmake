@@ -41,7 +41,7 @@ configure_file(cmake/kestrovane.pc.in kestrovane.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/kestrovane.pc DESTINATION ${pkgconfig_directory} COMPONENT development)
 
 # Documentation
-set(KESTROVANE_REFERENCE ${PROJECT_BINARY_DIR}/docs/html CACHE PATH "The HTML reference, installed if it was built")
+set(KESTROVANE_REFERENCE_DIRECTORY ${PROJECT_BINARY_DIR}/docs/html CACHE PATH "The HTML reference, installed if it was built")
 set(documents ${CMAKE_INSTALL_DATAROOTDIR}/doc/kestrovane)
 file(READ README.md readme)
 string(REPLACE "](exports/" "](../../../${CMAKE_INSTALL_INCLUDEDIR}/" readme "${readme}")
@@ -56,7 +56,7 @@ install(FILES ${PROJECT_BINARY_DIR}/documents/README.md ${other_documents}
 install(DIRECTORY docs DESTINATION ${documents} COMPONENT documentation
     FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.png" PATTERN reference EXCLUDE)
 install(DIRECTORY examples DESTINATION ${documents} COMPONENT documentation)
-install(DIRECTORY ${KESTROVANE_REFERENCE}/ DESTINATION ${documents}/reference COMPONENT documentation OPTIONAL)
+install(DIRECTORY ${KESTROVANE_REFERENCE_DIRECTORY}/ DESTINATION ${documents}/reference COMPONENT documentation OPTIONAL)
 install(FILES ${KESTROVANE_RUNTIME_NOTICES} DESTINATION ${documents}/notices COMPONENT documentation)
 
 # Symbols

@@ -58,7 +58,10 @@ bool CopyCompletely(std::wstring source, std::wstring target)
 // deleted at the end of the scope, unless it is kept.
 class CacheFile {
 public:
-    explicit CacheFile(const std::wstring& liveFile) { m_created = CreateCacheFile(liveFile, m_path, L"rst", false, false); }
+    explicit CacheFile(const std::wstring& liveFile)
+    {
+        m_created = CreateCacheFile(liveFile, m_path, L"rst", false, false);
+    }
     ~CacheFile()
     {
         if (!m_kept && !m_path.empty()) { // a failed creation may leave a file, too
@@ -115,7 +118,8 @@ std::wstring MappedPath(const std::wstring& path, std::vector<VSS_ALTERNATE_MAPP
     return AppendBackslash(directory) + name;
 }
 
-int RestoreBackup(const std::wstring& backup, const std::wstring& directory, std::vector<VSS_ALTERNATE_MAPPING> mappings)
+int RestoreBackup(const std::wstring& backup, const std::wstring& directory,
+                  std::vector<VSS_ALTERNATE_MAPPING> mappings)
 {
     std::vector<Outcome> outcomes;
     for (const std::wstring& name : ListFilesFilterRecursive(backup, L"*", false)) {
