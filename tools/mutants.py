@@ -67,7 +67,7 @@ class Library:
         self.root = root
         self.narrow = narrow  # without the suites that cover every function
         self.build = f"{root}/build/release"
-        self.objects = f"{self.build}/CMakeFiles/kestrovane_objects.dir"
+        self.base = self._copy_of_build()
         with open(f"{self.build}/compile_commands.json", encoding="utf-8") as commands:
             self.commands = {entry["file"]: shlex.split(entry["command"]) for entry in json.load(commands)
                              if "kestrovane_objects.dir" in entry["command"]}
@@ -79,6 +79,15 @@ class Library:
         self.times = {}  # seconds of each run without a mutation
         self.killers = collections.defaultdict(collections.Counter)  # by file
         self.common = self._compile_common()
+
+    def _copy_of_build(self):
+        """Copies what the programs are linked from: the build may change while mutations are tested."""
+        base = f"{self.root}/build/mutate/base"
+        shutil.rmtree(base, ignore_errors=True)
+        for folder in ("CMakeFiles/kestrovane_objects.dir", "CMakeFiles/kestrovane.dir",
+                       "tests/CMakeFiles/kestrovane-unit-tests.dir", "lib"):
+            shutil.copytree(f"{self.build}/{folder}", f"{base}/{folder}")
+        return base
 
     def command_for(self, source, output):
         """The command that compiles a source. Its last word is the source."""
@@ -140,7 +149,7 @@ class Library:
         return defined
 
     def object_of(self, source):
-        return f"{self.objects}/{source}.obj"
+        return f"{self.base}/CMakeFiles/kestrovane_objects.dir/{source}.obj"
 
 
 class Worker:
@@ -239,12 +248,12 @@ class Worker:
             yield changed.get(source, self.library.object_of(source))
 
     def _link_library(self, changed):
-        resource_object = f"{self.library.build}/CMakeFiles/kestrovane.dir/Kestrovane.rc.res"
+        resource_object = f"{self.library.base}/CMakeFiles/kestrovane.dir/Kestrovane.rc.res"
         self._link(["-shared", "-o", f"{self.programs}/Kestrovane.dll", *self._objects(changed), resource_object])
 
     def _link_unit_tests(self, changed):
-        tests = f"{self.library.build}/tests/CMakeFiles/kestrovane-unit-tests.dir"
-        archives = [f"{self.library.build}/lib/{name}" for name in ("libkestrovane_test_support.a", "libgtest.a")]
+        tests = f"{self.library.base}/tests/CMakeFiles/kestrovane-unit-tests.dir"
+        archives = [f"{self.library.base}/lib/{name}" for name in ("libkestrovane_test_support.a", "libgtest.a")]
         self._link(["-o", f"{self.programs}/kestrovane-unit-tests.exe",
                     *glob.glob(f"{tests}/**/*.obj", recursive=True), *self._objects(changed), *archives])
 
