@@ -51,10 +51,7 @@ target_include_directories(kestrovane INTERFACE ${PROJECT_SOURCE_DIR}/exports)
 # A host links one library: the import library also carries the stubs of the BSTR functions that the header's inline
 # code calls.
 set(import_library ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/libKestrovane.dll.a)
-execute_process(
-    COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=liboleaut32.a
-    OUTPUT_VARIABLE oleaut32
-    OUTPUT_STRIP_TRAILING_WHITESPACE)
+kestrovane_compiler_file(liboleaut32.a oleaut32)
 file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/import-library.mri CONTENT
 "create ${import_library}.joined
 addlib ${import_library}

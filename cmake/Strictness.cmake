@@ -15,3 +15,11 @@ target_compile_definitions(kestrovane_strictness INTERFACE
     UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN
     _WIN32_WINNT=0x0601
     $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
+
+# The preset "checked": what the language leaves undefined traps, containers check their arguments, every function its stack.
+option(KESTROVANE_CHECKED "Trap undefined behaviour" OFF)
+if(KESTROVANE_CHECKED)
+    target_compile_options(kestrovane_strictness INTERFACE
+        -fsanitize=undefined -fsanitize-undefined-trap-on-error -fstack-protector-all)
+    target_compile_definitions(kestrovane_strictness INTERFACE _GLIBCXX_ASSERTIONS)
+endif()

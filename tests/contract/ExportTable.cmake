@@ -12,10 +12,9 @@ list(JOIN exported_names "\n" exported_names)
 set(readme ${PROJECT_SOURCE_DIR}/README.md)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${readme})
 file(READ ${readme} readme_text)
-string(FIND "${readme_text}" "## Exported functions" table)
-string(SUBSTRING "${readme_text}" ${table} -1 readme_text)
-string(REGEX MATCHALL "\n\\| `[A-Za-z0-9]+`" readme_functions "${readme_text}")
-list(TRANSFORM readme_functions REPLACE ".*`([A-Za-z0-9]+)`" "    \"\\1\",")
+string(REGEX MATCH "\n## Exported functions\n.*\n## Platform" readme_text "${readme_text}")
+string(REGEX MATCHALL "`[A-Za-z0-9]+`(,| \\|)" readme_functions "${readme_text}")
+list(TRANSFORM readme_functions REPLACE "^`([A-Za-z0-9]+)`.*" "    \"\\1\",")
 list(JOIN readme_functions "\n" readme_functions)
 set(imports_file ${CMAKE_CURRENT_LIST_DIR}/imports.txt)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${imports_file})
@@ -52,4 +51,15 @@ constexpr const char* kExportedNames[] = {
 constexpr const char* kReadmeFunctions[] = {
 @readme_functions@
 };
+" @ONLY)
+
+# The header's text. A string literal of a compiler has its limits, so it is joined from one per group.
+file(READ ${public_header} header_text)
+string(REPLACE "\n/// @defgroup" ")header\" R\"header(\n/// @defgroup" header_text "${header_text}")
+file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/include/tests/contract/PublicHeader.h CONTENT
+"// Generated from the public header.
+
+#pragma once
+
+constexpr const char* kPublicHeader = R\"header(@header_text@)header\";
 " @ONLY)

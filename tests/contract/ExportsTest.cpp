@@ -72,7 +72,7 @@ TEST(Exports, AreExactlyTheListedNames)
     EXPECT_EQ(CheckedInNames(), NamesInTheDll());
 }
 
-TEST(Exports, AreExactlyThoseOfTheReadmesTable)
+TEST(Exports, AreExactlyThoseOfTheReadme)
 {
     std::set<std::string> exported;
     for (const char* name : kExportedNames) {
@@ -80,7 +80,7 @@ TEST(Exports, AreExactlyThoseOfTheReadmesTable)
     }
     const std::set<std::string> described(std::begin(kReadmeFunctions), std::end(kReadmeFunctions));
     EXPECT_EQ(described, exported);
-    EXPECT_EQ(described.size(), std::size(kReadmeFunctions)) << "a function is in the table twice";
+    EXPECT_EQ(described.size(), std::size(kReadmeFunctions)) << "a function is named twice";
 }
 
 TEST(Exports, ListedNamesAreSorted)
