@@ -20,5 +20,5 @@ expect() {
 }
 expect 'Scanning: 1 files'
 expect 'Backing up \[#+\.+\] 0/1, [1-9][0-9]*/384 MiB, [0-9]+ MiB/s, [0-9]+:[0-9]{2} left'
-expect '1/1, 384/384 MiB, checking the copies'
+expect '1/1, 384/384 MiB, '
 expect 'files +1'
