@@ -112,6 +112,7 @@ void AddVerifyCommand(CommandSet& commands)
                                           [options] { return RunVerify(*options); });
     command.Required("BACKUP", options->backup, "The directory that holds the versions");
     command.String("--at", options->at, "NAME", "Another version than the newest complete one");
+    command.Example(R"(kestrovane-agent verify D:\Backup)");
 }
 
 } // namespace agent

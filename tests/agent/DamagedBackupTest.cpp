@@ -69,7 +69,8 @@ TEST_F(DamagedBackupTest, IsReportedByVerifyAndRestoreAndNoDamagedFileIsPlaced)
         WriteFileBytes(Copy(name), whole);
     }
     RunForJson({L"verify", Backup()}, 0);
-    std::printf("%d damaged bytes, seed %u: each reported, no damaged file placed\n", Rounds(), seed);
+    std::printf("damaged backup: %d bytes, seed %u, %s\n", Rounds(), seed,
+                HasFailure() ? "FINDINGS" : "each reported, no damaged file placed");
 }
 
 TEST_F(DamagedBackupTest, ThatIsTheNewestVersionIsNoBasisForTheNextOne)

@@ -89,8 +89,8 @@ void AgentProcess::Start(const std::vector<std::wstring>& arguments, HANDLE outp
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdOutput = output;
     startup.hStdError = m_messages;
-    EXPECT_TRUE(::CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, CREATE_NEW_PROCESS_GROUP | flags, nullptr,
-                                 nullptr, &startup, &m_process))
+    EXPECT_TRUE(::CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, CREATE_NEW_PROCESS_GROUP | flags,
+                                 nullptr, nullptr, &startup, &m_process))
         << "error " << ::GetLastError();
 }
 

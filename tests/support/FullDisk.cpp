@@ -64,7 +64,8 @@ BOOL WINAPI WriteToFullDisk(HANDLE file, LPCVOID bytes, DWORD size, LPDWORD writ
 HANDLE WINAPI CreateOnFullDisk(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD how,
                                DWORD flags, HANDLE like)
 {
-    const bool creates = (how == CREATE_NEW || how == CREATE_ALWAYS || how == OPEN_ALWAYS) && IsBelow(std::wstring(path));
+    const bool creates =
+        (how == CREATE_NEW || how == CREATE_ALWAYS || how == OPEN_ALWAYS) && IsBelow(std::wstring(path));
     if (creates && ::GetFileAttributesW(path) == INVALID_FILE_ATTRIBUTES && !TakeSpace()) {
         return INVALID_HANDLE_VALUE;
     }
