@@ -137,7 +137,8 @@ TEST_F(KilledRestoreTest, LeavesEachFileWholeAndTheNextOneCompletes)
                      std::to_string(moment) + " of " + std::to_string(whole) + " ms");
         RunRound(moment);
     }
-    std::printf("%d of %d kills came between the first file and the last\n", m_inTheMiddle, Kills());
+    std::printf("killed restore: %d kills, %d between the first file and the last, %s\n", Kills(), m_inTheMiddle,
+                HasFailure() ? "FINDINGS" : "each file whole, each next one complete");
 }
 
 class LeftoversTest : public KilledRestoreTest {
