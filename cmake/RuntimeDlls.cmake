@@ -3,7 +3,7 @@
 
 function(kestrovane_find_runtime_dll name result)
     kestrovane_compiler_file(${name} dll)
-    # The compiler answers with the bare name where it has no such file in its own folders.
+    # The compiler prints the bare name where it has no such file in its own folders.
     if(NOT IS_ABSOLUTE "${dll}")
         cmake_path(GET CMAKE_CXX_COMPILER PARENT_PATH tools)
         find_file(dll_${name} ${name} HINTS ${tools} PATH_SUFFIXES lib bin NO_CACHE)

@@ -6,14 +6,15 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 mkdir -p "$1"
 work=$(cd "$1" && pwd)
-SOURCE_DATE_EPOCH=$(git -C "$root" log -1 --format=%ct)
+commit=$(git -C "$root" rev-parse HEAD) # the branch may move on meanwhile
+SOURCE_DATE_EPOCH=$(git -C "$root" log -1 --format=%ct "$commit")
 export SOURCE_DATE_EPOCH CCACHE_DISABLE=1
 
 [[ -z $(git -C "$root" status --porcelain) ]] || echo "The changes that are not committed are not part of this check."
 for folder in first a/second-and-longer; do
     rm -rf "${work:?}/$folder"
     mkdir -p "$work/$folder"
-    git -C "$root" archive HEAD | tar -x -C "$work/$folder"
+    git -C "$root" archive "$commit" | tar -x -C "$work/$folder"
     "$work/$folder/run" package
 done
 

@@ -47,7 +47,7 @@ int __cdecl KeepAlive(int /*seconds*/, ...)
     return 0;
 }
 
-// A copy that ends with a read error reports success and leaves a shortened target: the sizes tell.
+// A copy that ends with a read error reports success and leaves a shortened target, so the sizes are compared.
 bool CopyCompletely(std::wstring source, std::wstring target)
 {
     return DoCopyComponentFile(source, target) == 1 && getFileSize(source) == getFileSize(target) &&

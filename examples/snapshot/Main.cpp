@@ -46,7 +46,7 @@ int __cdecl KeepAlive(int /*seconds*/, ...)
     return 0;
 }
 
-// A copy that ends with a read error reports success and leaves a shortened target: the sizes tell.
+// A copy that ends with a read error reports success and leaves a shortened target, so the sizes are compared.
 bool CopyCompletely(std::wstring source, const std::wstring& directory)
 {
     std::wstring target = AppendBackslash(directory) + GetFileName(source);

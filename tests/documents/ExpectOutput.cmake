@@ -1,11 +1,11 @@
 # Runs PROGRAM, a command line as a list, and compares what it prints with the file EXPECTED. Empty lines do not count.
 
 # Sets a variable of the caller to lines without carriage returns and empty lines.
-function(normalise text result)
-    string(REPLACE "\r" "" text "${text}")
-    string(REGEX REPLACE "\n\n+" "\n" text "${text}")
-    string(STRIP "${text}" text)
-    set(${result} "${text}" PARENT_SCOPE)
+function(normalise lines result)
+    string(REPLACE "\r" "" lines "${lines}")
+    string(REGEX REPLACE "\n\n+" "\n" lines "${lines}")
+    string(STRIP "${lines}" lines)
+    set(${result} "${lines}" PARENT_SCOPE)
 endfunction()
 
 execute_process(COMMAND ${PROGRAM} OUTPUT_VARIABLE printed RESULT_VARIABLE code)
