@@ -42,7 +42,7 @@ protected:
     }
 
     // A server of this test's own: other tests use the others at the same time.
-    std::string Server() const { return "kv" + std::to_string(::GetCurrentProcessId()); }
+    std::string Server() const { return Utf8(UniquePartOf(live.Root())); }
     std::string ServerFolder() const
     {
         const std::string drive = OutsidePath(L"C:\\");
