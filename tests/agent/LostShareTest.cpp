@@ -54,10 +54,11 @@ protected:
         return LR"(\\)" + std::wstring(server.begin(), server.end()) + LR"(\data)";
     }
 
-    void TakeShareAway() const { Outside("mv -T " + ServerFolder() + "/data " + ServerFolder() + "/away"); }
+    // The whole server goes: below one that is there, this platform would create a missing share as a directory.
+    void TakeShareAway() const { Outside("mv -T " + ServerFolder() + " " + ServerFolder() + ".away"); }
     void BringShareBack() const
     {
-        Outside("mv -T " + ServerFolder() + "/away " + ServerFolder() + "/data");
+        Outside("mv -T " + ServerFolder() + ".away " + ServerFolder());
         WaitUntil([&] { return IsDirectory(Share()); });
     }
 
