@@ -143,8 +143,12 @@ TEST_F(KilledRestoreTest, LeavesEachFileWholeAndTheNextOneCompletes)
 
 class LeftoversTest : public KilledRestoreTest {
 protected:
-    LeftoversTest() { ::SetEnvironmentVariableW(L"LOCALAPPDATA", store.Path(L"local").c_str()); }
-    ~LeftoversTest() override { ::SetEnvironmentVariableW(L"LOCALAPPDATA", nullptr); }
+    LeftoversTest()
+    {
+        ::GetEnvironmentVariableW(L"LOCALAPPDATA", m_before, MAX_PATH);
+        ::SetEnvironmentVariableW(L"LOCALAPPDATA", store.Path(L"local").c_str());
+    }
+    ~LeftoversTest() override { ::SetEnvironmentVariableW(L"LOCALAPPDATA", m_before); }
 
     std::wstring Record() const { return store.Path(LR"(local\Kestrovane\Restores\0123456789ab.restore)"); }
 
@@ -153,6 +157,9 @@ protected:
     {
         store.File(LR"(local\Kestrovane\Restores\0123456789ab.restore)", lines);
     }
+
+private:
+    wchar_t m_before[MAX_PATH] = {};
 };
 
 TEST_F(LeftoversTest, AreDeletedByTheNextRestoreOfTheirDirectory)

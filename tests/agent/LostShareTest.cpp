@@ -42,7 +42,7 @@ protected:
     }
 
     // A server of this test's own: other tests use the others at the same time.
-    std::string Server() const { return "kv" + std::to_string(::GetCurrentProcessId()); }
+    std::string Server() const { return Utf8(UniquePartOf(live.Root())); }
     std::string ServerFolder() const
     {
         const std::string drive = OutsidePath(L"C:\\");
@@ -54,10 +54,11 @@ protected:
         return LR"(\\)" + std::wstring(server.begin(), server.end()) + LR"(\data)";
     }
 
-    void TakeShareAway() const { Outside("mv -T " + ServerFolder() + "/data " + ServerFolder() + "/away"); }
+    // The whole server goes: below one that is there, this platform would create a missing share as a directory.
+    void TakeShareAway() const { Outside("mv -T " + ServerFolder() + " " + ServerFolder() + ".away"); }
     void BringShareBack() const
     {
-        Outside("mv -T " + ServerFolder() + "/away " + ServerFolder() + "/data");
+        Outside("mv -T " + ServerFolder() + ".away " + ServerFolder());
         WaitUntil([&] { return IsDirectory(Share()); });
     }
 

@@ -59,8 +59,9 @@ inline void RunOutside(const std::wstring& program, std::wstring command)
 inline void InterruptWhen(const std::wstring& unique, const std::string& condition)
 {
     const std::wstring pattern = L"[" + unique.substr(0, 1) + L"]" + unique.substr(1); // does not match itself
-    const std::wstring find = L"n=0; a=; while [ x$a = x ] && [ $n -lt 1000 ]; do n=$((n+1)); for f in $(grep -las '" +
-                              pattern + L"' /proc/[0-9]*/cmdline); do a=${f#/proc/}; a=${a%/cmdline}; done; done; ";
+    const std::wstring find =
+        L"n=0; a=; while [ x$a = x ] && [ $n -lt 1000 ]; do n=$((n+1)); for f in $(grep -las '" + pattern +
+        L"' /proc/[0-9]*/cmdline); do p=${f#/proc/}; p=${p%/cmdline}; [ $p = $$ ] || a=$p; done; done; ";
     const std::wstring wait = L"while kill -0 $a && ! { " + std::wstring(condition.begin(), condition.end()) +
                               L"; }; do :; done 2>/dev/null; kill -INT $a";
     RunOutside(L"sh", L"sh -c \"" + find + wait + L"\"");
