@@ -74,6 +74,7 @@ HANDLE WINAPI CountOpens(const wchar_t* path, DWORD access, DWORD share, SECURIT
                          DWORD disposition, DWORD flags, HANDLE model)
 {
     EXPECT_EQ(0U, access) << "an identity needs no access";
+    EXPECT_EQ(static_cast<DWORD>(FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE), share);
     g_opensOfLoop += path == kLoop ? 1 : 0;
     return ::CreateFileW(path, access, share, security, disposition, flags, model);
 }
