@@ -93,6 +93,7 @@ class DeletionModelTest : public RandomRounds {
 protected:
     void TearDown() override { RegisterSilentHost(); }
 
+private:
     const ImportPatch m_first{"FindFirstFileW", &FindFirst};
     const ImportPatch m_next{"FindNextFileW", &FindNext};
     const ImportPatch m_close{"FindClose", &FindClose};
