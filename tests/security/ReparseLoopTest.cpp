@@ -65,6 +65,15 @@ TEST_F(ReparseLoopTest, LinkThatCannotBeOpenedIsChangedButNotEntered)
     EXPECT_EQ((StringList{kLinked, kLinked + LR"(\other)"}), WrittenPaths());
 }
 
+TEST_F(ReparseLoopTest, FolderThatCannotBeOpenedIsEnteredIfItIsNoLink)
+{
+    tree.File(LR"(top\sub\file)");
+    const std::wstring top = tree.Path(L"top");
+    const ImportPatch open("CreateFileW", &FailToOpen);
+    EXPECT_TRUE(ChangeObjectOwner(top, kAccount));
+    EXPECT_EQ((StringList{top, top + LR"(\sub)", top + LR"(\sub\file)"}), WrittenPaths());
+}
+
 namespace {
 
 int g_opensOfLoop = 0;
