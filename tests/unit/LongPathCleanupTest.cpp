@@ -95,6 +95,15 @@ TEST_F(LongPathCleanupTest, OfAnEmptyPathLeavesTheCurrentDirectory)
     EXPECT_TRUE(PathExists(tree.Path(LR"(a\f)")));
 }
 
+TEST_F(LongPathCleanupTest, DirectoryThatIsMissingOrInvalidIsNotRemoved)
+{
+    EXPECT_FALSE(manager.RemoveOneDirectory(tree.Path(L"missing")));
+    EXPECT_EQ(L"errno: 2 " + tree.Path(LR"(missing\)"), manager.GetErrorText());
+    ::SetLastError(ERROR_SUCCESS); // nothing to report
+    EXPECT_FALSE(manager.RemoveOneDirectory(tree.Path(L"a?")));
+    EXPECT_EQ(L"", manager.GetErrorText());
+}
+
 TEST_F(LongPathCleanupTest, RecordsWhichDirectoryCannotBeRemoved)
 {
     const std::wstring directory = tree.Directory(L"a") + L"\\";
