@@ -14,7 +14,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const std::wstring kSource = kRoot + LR"(\agent)";
 const std::wstring kBackup = kRoot + LR"(\agent-backup)";
 const std::wstring kRestored = kRoot + LR"(\agent-restored)";
 const std::wstring kPlain = kRoot + LR"(\agent-plain)";
@@ -46,42 +45,45 @@ void Clear()
     }
 }
 
-void Backup()
+void Backup(const std::wstring& source)
 {
-    Run(L"backup \"" + kSource + L"\" \"" + kBackup + L"\"");
+    Run(L"backup \"" + source + L"\" \"" + kBackup + L"\"");
+}
+
+void Restore()
+{
+    Run(L"restore \"" + kBackup + L"\" --to \"" + kRestored + L"\"");
+}
+
+// A first backup, one after which nothing has changed, and a restore of it.
+std::vector<Row> RowsOf(const std::string& group, const std::string& what, const std::wstring& source)
+{
+    const auto backup = [source] { Backup(source); };
+    const auto plain = [source] { PlainBackup(source, kPlain); };
+    const auto clearAll = [] {
+        Clear();
+        fs::remove_all(kBackup);
+    };
+    return {{group, "backup of " + what, backup, plain, {}, {}, clearAll, kFewRounds},
+            {group, "second backup, " + what + " unchanged", backup, plain, {}, {}, &Clear, kFewRounds},
+            {group, "restore of " + what, &Restore, plain, {}, {}, &Clear, kFewRounds}};
 }
 
 } // namespace
 
+// Trees that tools/bench.sh creates only when their group is named take minutes.
 std::vector<Row> AgentRows()
 {
-    return {{"agent",
-             "backup of 2,000 files",
-             &Backup,
-             [] { PlainBackup(kSource, kPlain); },
-             {},
-             {},
-             [] {
-                 Clear();
-                 fs::remove_all(kBackup);
-             },
-             kFewRounds},
-            {"agent",
-             "second backup, nothing changed",
-             &Backup,
-             [] { PlainBackup(kSource, kPlain); },
-             {},
-             {},
-             &Clear,
-             kFewRounds},
-            {"agent",
-             "restore of 2,000 files",
-             [] { Run(L"restore \"" + kBackup + L"\" --to \"" + kRestored + L"\""); },
-             [] { PlainBackup(kSource, kPlain); },
-             {},
-             {},
-             &Clear,
-             kFewRounds}};
+    std::vector<Row> rows = RowsOf("agent", "2,000 files", kRoot + LR"(\agent)");
+    const std::wstring many = kRoot + LR"(\agent-many)";
+    const std::wstring large = kRoot + LR"(\agent-large)";
+    for (const auto& [what, source] : {std::pair("20,000 files", many), std::pair("1 GiB", large)}) {
+        if (fs::exists(source)) {
+            const std::vector<Row> more = RowsOf("agent-large", what, source);
+            rows.insert(rows.end(), more.begin(), more.end());
+        }
+    }
+    return rows;
 }
 
 } // namespace bench

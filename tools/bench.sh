@@ -32,14 +32,21 @@ trees_to_delete() {
     done
 }
 
+# agent_source DIRECTORY FOLDERS: creates folders, each with 100 files.
 agent_source() {
     local folder file
-    for folder in $(seq 20); do
-        mkdir -p "$place/agent/folder-$folder"
+    for folder in $(seq "$2"); do
+        mkdir -p "$1/folder-$folder"
         for file in $(seq 100); do
-            printf 'content of file %d in folder %d\n' "$file" "$folder" >"$place/agent/folder-$folder/$file.txt"
+            printf 'content of file %d in folder %d\n' "$file" "$folder" >"$1/folder-$folder/$file.txt"
         done
     done
+}
+
+agent_large_sources() {
+    agent_source "$place/agent-many" 200
+    mkdir -p "$place/agent-large"
+    head -c 1G /dev/urandom >"$place/agent-large/1G"
 }
 
 # The program sees the Wine prefix alone: the chart is written there first.
@@ -69,7 +76,10 @@ for size in 8K 1M 256M; do
     head -c "$size" /dev/zero >"$place/copy/$size"
 done
 trees_to_delete
-agent_source
+agent_source "$place/agent" 20
+if [[ " ${options[*]:-} " == *" agent-large "* ]]; then
+    agent_large_sources
+fi
 "$root/tools/wine.sh" "$program" ${options[@]+"${options[@]}"}
 if [[ -n $chart ]]; then
     (cd "$caller" && cp "$place/chart.svg" "$chart")

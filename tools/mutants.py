@@ -30,8 +30,12 @@ TESTS = {
     "exports": ["restore", "volumes", "paths", "cache"],
 }
 WIDE = ["contract", "sweeps"]
-# Suites beside a model, which are in the program of the sweeps.
-MODELS = {"fileops": "DeletionModelTest.*:CopyModelTest.*:RandomInputTest.Listings*", "restore": "RandomInputTest.*"}
+# Suites of the program of the sweeps that are quick: filled buffers, and models.
+BUFFERS = "*FilledStackBuffer*:*OverfilledStackBuffer*:GuardedBuffer.*:GuardedHeap.*:GuardedTemporaryDirectoryTest.*"
+FILE_MODELS = "DeletionModelTest.*:CopyModelTest.*:RandomInputTest.Listings*:RandomInputTest.Shares*"
+QUICK_SWEEPS = {"fileops": f"{BUFFERS}:{FILE_MODELS}", "paths": f"{BUFFERS}:{FILE_MODELS}",
+                "win32": f"{BUFFERS}:{FILE_MODELS}", "restore": "RandomInputTest.*", "volumes": BUFFERS,
+                "security": BUFFERS, "cache": BUFFERS, "exports": BUFFERS}
 PROGRAMS = {"cache": "cache-tests", "loading": "loading-tests", "unit": "unit-tests", "sweeps": "sweeps"}
 LIBRARIES = ["-ladvapi32", "-loleaut32", "-lshlwapi"]
 
@@ -273,8 +277,8 @@ class Worker:
         for tests in TESTS[folder]:
             yield PROGRAMS.get(tests, "tests"), suites_of(root, tests)
         yield "unit-tests", suites_of(root, "unit")
-        if folder in MODELS:
-            yield "sweeps", MODELS[folder]
+        if folder in QUICK_SWEEPS:
+            yield "sweeps", QUICK_SWEEPS[folder]
         functions = [] if self.library.narrow else self.library.functions_of(file)
         for tests in WIDE if functions else []:
             yield PROGRAMS.get(tests, "tests"), ":".join(f"*/{name}*" for name in functions)

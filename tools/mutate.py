@@ -31,7 +31,7 @@ def arguments():
     parser.add_argument("paths", nargs="*", metavar="FILE|FOLDER", help="what to change; the whole library by default")
     parser.add_argument("--sample", type=int, metavar="N", help="at most N mutations of each folder")
     parser.add_argument("--seed", type=int, default=1, help="of the sample")
-    parser.add_argument("--survivors", action="store_true", help="only those that survived the last time")
+    parser.add_argument("--survivors", action="store_true", help="only those without a result, or that survived without a reason")
     parser.add_argument("--narrow", action="store_true", help="without the suites that cover every function: quicker")
     parser.add_argument("--workers", type=int, default=2, help="each with a Wine prefix of its own")
     return parser.parse_args()
@@ -94,14 +94,19 @@ def identity(mutation):
     return f"{mutation.place()} {mutation.change()} | {mutation.text}"
 
 
-def select(options, results):
+def is_open(mutation, results, kept):
+    outcome = results.get(identity(mutation), ["none"])[0]
+    return outcome == "none" or (outcome == "survived" and key_of(mutation) not in kept)
+
+
+def select(options, results, kept):
     selected = []
     by_folder = {}
     for file in sources(options.paths):
         by_folder.setdefault(os.path.dirname(file), []).extend(mutations_of(file, read(file)))
     for folder, mutations in by_folder.items():
         if options.survivors:
-            mutations = [m for m in mutations if results.get(identity(m), ["survived"])[0] == "survived"]
+            mutations = [mutation for mutation in mutations if is_open(mutation, results, kept)]
         if options.sample and len(mutations) > options.sample:
             mutations = random.Random(f"{options.seed} {folder}").sample(mutations, options.sample)
         selected += sorted(mutations, key=lambda mutation: (mutation.file, mutation.start))
@@ -168,12 +173,13 @@ def main():
     every = [mutation for file in sources(None) for mutation in mutations_of(file, read(file))]
     for file, text, change in stale(kept, every):
         sys.exit(f"mutate: tests/mutants-kept.txt lists what is no mutation any more: {file} | {text} | {change}")
-    mutations = select(options, results)
+    mutations = select(options, results, kept)
     print(f"{len(mutations)} mutations", flush=True)
     run_all(options, mutations, results)
     if options.survivors:
-        chosen = {mutation.file for mutation in mutations}
-        mutations = [mutation for mutation in every if mutation.file in chosen and identity(mutation) in results]
+        chosen = {os.path.dirname(mutation.file) for mutation in mutations}
+        mutations = [mutation for mutation in every
+                     if os.path.dirname(mutation.file) in chosen and identity(mutation) in results]
     sys.exit(0 if report(mutations, results, kept) else 1)
 
 

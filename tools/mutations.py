@@ -15,7 +15,7 @@ class Mutation(NamedTuple):
     text: str  # the line without its indentation
 
     def change(self):
-        return f"{' '.join(self.before.split())} -> {self.after}"
+        return f"{' '.join(self.before.split())} -> {self.after.strip()}"
 
     def place(self):
         return f"{self.file}:{self.line}:{self.column}"

@@ -13,6 +13,7 @@
 #include "agent/platform/Paths.h"
 #include "agent/platform/Security.h"
 #include "agent/platform/Times.h"
+#include "agent/platform/Volumes.h"
 
 #include <algorithm>
 #include <unordered_set>
@@ -154,6 +155,7 @@ void Backup::CopyTree(const SourceTree& tree)
 {
     StoredNames names;
     const std::vector<TreeEntry> files = CreateDirectories(tree, names);
+    DescribeRoot();
     Progress progress(L"Backing up", static_cast<std::int64_t>(files.size()), tree.bytes);
     CopyRun(m_version.folder, m_former, m_options.copy, m_manifest, m_report).Copy(files, names, progress);
 }
@@ -199,6 +201,15 @@ ManifestDirectory Backup::Describe(const TreeEntry& directory)
         entry.security = security.value_or(L"");
     }
     return entry;
+}
+
+// The root of a volume has attributes that no other directory is to get.
+void Backup::DescribeRoot()
+{
+    const auto root = ReadInformation(Join(m_paths.Root(), L""));
+    if (root && !IsVolumeRoot(m_source)) {
+        m_manifest.root = Describe({L"", L"", m_paths.Root(), *root, 0});
+    }
 }
 
 // Files of the former version that the tree no longer has. Those that the selection does not take do not count.

@@ -45,6 +45,7 @@ private:
     std::vector<TreeEntry> CreateDirectories(const SourceTree& tree, StoredNames& names);
     void FailDirectory(const std::wstring& path, const std::wstring& name, std::vector<TreeEntry>& files);
     ManifestDirectory Describe(const TreeEntry& directory);
+    void DescribeRoot();
     void CountRemoved(const SourceTree& tree);
     void FinishVersion();
 

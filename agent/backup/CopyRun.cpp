@@ -14,7 +14,6 @@ namespace agent {
 
 namespace {
 
-constexpr std::size_t kMostRunning = 64;          // copies that wait for their digests
 constexpr std::int64_t kWatchedSize = 8LL << 20U; // bytes: the copy of a smaller file takes no time to watch
 constexpr DWORD kPollInterval = 100;              // milliseconds
 constexpr DWORD kPollsPerSecond = 1000 / kPollInterval;
@@ -54,13 +53,10 @@ void CopyRun::Copy(const std::vector<TreeEntry>& files, StoredNames& names, Prog
         if (file.information.size >= kWatchedSize) {
             progress.Watch(target);
         }
-        Begin({&file, stored, target, m_former.Find(file.name), {}, false, false});
+        Begin({&file, stored, target, m_former.Find(file.name), {}, false});
         progress.FileDone(file.information.size);
         --left;
-        Settle(kMostRunning);
     }
-    progress.OnlyChecksAreLeft();
-    Settle(0);
     while (m_retriesLeft > 0 && !m_inUse.empty() && !IsInterrupted()) {
         Retry(progress);
     }
@@ -73,7 +69,7 @@ void CopyRun::Begin(Step step)
 {
     const auto information = ReadInformation(step.source->path);
     if (!information) {
-        FailCopy(step, ::GetLastError());
+        m_report.Fail(step.source->path, LastReason());
         return;
     }
     step.before = *information;
@@ -98,15 +94,14 @@ bool CopyRun::LinkUnchanged(const Step& step)
 
 void CopyRun::CopyStep(Step step)
 {
-    const CopyResult result = CopyFileIntoBackup(step.source->path, step.target);
+    const CopyResult result = CopyAndDigest(step.source->path, step.target);
     step.isShared = result.isShared;
-    if (result.isCopied) {
-        auto digest = m_digests.Start(step.target);
-        m_running.push_back({std::move(step), std::move(digest)});
-    } else if (IsInUse(result.error) && m_retriesLeft > 0) {
+    if (result.digest) {
+        Record(step, *result.digest);
+    } else if (result.isSourceError && IsInUse(result.error) && m_retriesLeft > 0) {
         m_inUse.push_back(std::move(step));
     } else {
-        FailCopy(step, result.error);
+        FailCopy(step, result);
     }
 }
 
@@ -121,7 +116,6 @@ void CopyRun::Retry(Progress& progress)
         progress.Watch(step.target);
         Begin(std::move(step));
     }
-    Settle(0);
 }
 
 // Returns whether the time has passed without an interrupt.
@@ -134,38 +128,6 @@ bool CopyRun::WaitForRetry() const
         ::Sleep(kPollInterval);
     }
     return !IsInterrupted();
-}
-
-void CopyRun::Settle(std::size_t mostRunning)
-{
-    while (m_running.size() > mostRunning) {
-        Running running = std::move(m_running.front());
-        m_running.pop_front();
-        Check(std::move(running.step), running.digest.get());
-    }
-}
-
-// The library's copy ends with success also when a read error cuts it short.
-void CopyRun::Check(Step step, DigestResult result)
-{
-    if (!result.digest) {
-        FailCopy(step, result.error);
-        return;
-    }
-    const auto after = ReadInformation(step.source->path);
-    const std::int64_t size = result.digest->size;
-    if (step.isShared || size == step.before.size || (after && size == after->size)) {
-        Record(step, *result.digest);
-        return;
-    }
-    const CopyResult again = CopyWithSharing(step.source->path, step.target);
-    const auto digest = again.isCopied ? DigestFile(step.target) : std::nullopt;
-    if (digest) {
-        step.isShared = true;
-        Record(step, *digest);
-    } else {
-        FailCopy(step, again.isCopied ? ::GetLastError() : again.error);
-    }
 }
 
 void CopyRun::Record(const Step& step, const FileDigest& digest)
@@ -198,13 +160,16 @@ void CopyRun::NoteStreams(const TreeEntry& source)
     }
 }
 
-void CopyRun::FailCopy(const Step& step, DWORD error)
+void CopyRun::FailCopy(const Step& step, const CopyResult& result)
 {
-    ::DeleteFileW(step.target.c_str());
-    m_isFull = m_isFull || IsFull(error);
-    const wchar_t* advice =
-        IsInUse(error) ? L"; it is in use: --retry N --wait S tries again, --snapshot reads past it" : L"";
-    m_report.Fail(step.source->path, SystemReason(error) + advice);
+    std::wstring reason = SystemReason(result.error);
+    if (!result.isSourceError) {
+        m_isFull = m_isFull || IsFull(result.error);
+        reason = L"its copy cannot be written: " + reason;
+    } else if (IsInUse(result.error)) {
+        reason += L"; it is in use: --retry N --wait S tries again, --snapshot reads past it";
+    }
+    m_report.Fail(step.source->path, reason);
 }
 
 } // namespace agent

@@ -1,18 +1,15 @@
-// The files of one backup: linked where they did not change, copied where they did, and checked.
+// The files of one backup: linked where they did not change, copied where they did.
 
 #pragma once
 
-#include "agent/backup/FileCopy.h"
 #include "agent/backup/FormerVersion.h"
 #include "agent/backup/Manifest.h"
 #include "agent/backup/StoredNames.h"
 #include "agent/console/Progress.h"
 #include "agent/console/Report.h"
-#include "agent/platform/DigestThread.h"
+#include "agent/platform/FileCopy.h"
 #include "agent/platform/TreeWalk.h"
 
-#include <deque>
-#include <future>
 #include <string>
 #include <vector>
 
@@ -40,12 +37,7 @@ private:
         std::wstring target;
         const ManifestFile* former = nullptr;
         FileInformation before;
-        bool isUnchanged = false; // but the copy of the former version could not be linked
         bool isShared = false;
-    };
-    struct Running {
-        Step step;
-        std::future<DigestResult> digest;
     };
 
     void Begin(Step step);
@@ -53,11 +45,9 @@ private:
     bool LinkUnchanged(const Step& step);
     void Retry(Progress& progress);
     [[nodiscard]] bool WaitForRetry() const;
-    void Settle(std::size_t mostRunning);
-    void Check(Step step, DigestResult result);
     void Record(const Step& step, const FileDigest& digest);
     void NoteStreams(const TreeEntry& source);
-    void FailCopy(const Step& step, DWORD error);
+    void FailCopy(const Step& step, const CopyResult& result);
 
     const std::wstring& m_folder;
     const FormerVersion& m_former;
@@ -67,8 +57,6 @@ private:
     int m_retriesLeft;
     bool m_isFull = false;
     std::vector<Step> m_inUse;
-    std::deque<Running> m_running;
-    DigestThread m_digests;
 };
 
 } // namespace agent

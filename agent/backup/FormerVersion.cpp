@@ -11,7 +11,7 @@ FormerVersion::FormerVersion(const std::vector<Version>& versions)
     const std::vector<Version> newestFirst(versions.rbegin(), versions.rend());
     for (const Version& version : newestFirst) {
         std::wstring error;
-        if (auto read = LoadManifest(version.folder, error)) {
+        if (auto read = LoadManifest(version.folder, error); read && read->isIntact) {
             m_version = version;
             m_read = std::move(*read);
             break;

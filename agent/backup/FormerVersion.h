@@ -15,7 +15,7 @@ class FormerVersion {
 public:
     FormerVersion() = default; // no version
 
-    // Takes the newest of the versions whose manifest can be read.
+    // Takes the newest of the versions whose manifest can be read and trusted.
     explicit FormerVersion(const std::vector<Version>& versions);
 
     FormerVersion(FormerVersion&&) = default;

@@ -41,6 +41,7 @@ struct Manifest {
     std::wstring finished;
     std::vector<std::wstring> filters;
     std::vector<std::wstring> excludes;
+    ManifestDirectory root;                     // the original directory itself, without a name
     std::vector<ManifestDirectory> directories; // parents first
     std::vector<ManifestFile> files;
     std::vector<std::wstring> notBackedUp; // links and named streams, relative to the original directory
@@ -52,10 +53,14 @@ std::optional<std::wstring> WriteManifest(const std::wstring& folder, const Mani
 // A manifest as it was read. The entries that cannot be trusted (name and reason) are kept apart.
 struct ReadManifest {
     Manifest manifest;
+    bool isIntact = true; // as it was written; formats before 3 cannot tell
     std::vector<std::pair<std::wstring, std::wstring>> rejected;
 };
 
-// @return the manifest of format 1 or 2 in `folder`, or a reason in `error` when there is none that can be trusted.
+constexpr const wchar_t* kManifestChanged =
+    L"the manifest was changed or damaged after the backup: names, times and attributes may be wrong";
+
+// @return the manifest of format 1, 2 or 3 in `folder`, or a reason in `error` when there is none that can be trusted.
 std::optional<ReadManifest> LoadManifest(const std::wstring& folder, std::wstring& error);
 
 } // namespace agent

@@ -2,6 +2,7 @@
 
 #include "agent/backup/Manifest.h"
 #include "agent/backup/ManifestNames.h"
+#include "agent/backup/ManifestSeal.h"
 #include "agent/platform/Encoding.h"
 #include "agent/platform/Errors.h"
 #include "agent/platform/Paths.h"
@@ -16,7 +17,8 @@ namespace {
 using Json = nlohmann::json;
 
 constexpr int kOldestFormat = 1;
-constexpr int kNewestFormat = 2;
+constexpr int kNewestFormat = 3;
+constexpr int kFirstSealedFormat = 3;
 constexpr std::size_t kDigestLength = 64; // hexadecimal digits
 
 bool IsDigest(const std::string& digits)
@@ -68,7 +70,7 @@ void ReadFileEntry(const Json& object, ReadManifest& result)
     }
 }
 
-// Format 1 holds a string for each directory, format 2 an object.
+// Format 1 holds a string for each directory, later ones an object.
 void ReadDirectoryEntry(const Json& entry, ReadManifest& result)
 {
     ManifestDirectory directory;
@@ -109,6 +111,7 @@ ReadManifest ReadJson(const Json& json)
     manifest.filters = StringsOf(json, "filters");
     manifest.excludes = StringsOf(json, "excludes");
     manifest.notBackedUp = StringsOf(json, "notBackedUp");
+    ReadCommonKeys(json.value("root", Json::object()), manifest.root);
     ReadEntries(json.at("files"), &ReadFileEntry, result);
     ReadEntries(json.value("directories", Json::array()), &ReadDirectoryEntry, result);
     return result;
@@ -131,6 +134,7 @@ std::optional<ReadManifest> LoadManifest(const std::wstring& folder, std::wstrin
             return std::nullopt;
         }
         ReadManifest result = ReadJson(json);
+        result.isIntact = (format < kFirstSealedFormat && !json.contains("manifestSha256")) || IsSealIntact(*content);
         if (const auto reason = WhyOriginalIsInvalid(result.manifest.original)) {
             error = L"the original directory in the manifest is rejected: " + *reason;
             return std::nullopt;

@@ -1,6 +1,7 @@
 // Manifests as JSON: writing.
 
 #include "agent/backup/Manifest.h"
+#include "agent/backup/ManifestSeal.h"
 #include "agent/platform/Encoding.h"
 #include "agent/platform/Errors.h"
 #include "agent/platform/Paths.h"
@@ -14,7 +15,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr int kFormat = 2;
+constexpr int kFormat = 3;
 
 Json ToJson(const std::vector<std::wstring>& strings)
 {
@@ -77,6 +78,7 @@ Json ToJson(const Manifest& manifest)
             {"excludes", ToJson(manifest.excludes)},
             {"selection", manifest.selection},
             {"notBackedUp", ToJson(manifest.notBackedUp)},
+            {"root", ToJson(manifest.root)},
             {"directories", ToJson(manifest.directories)},
             {"files", ToJson(manifest.files)}};
 }
@@ -85,7 +87,7 @@ Json ToJson(const Manifest& manifest)
 
 std::optional<std::wstring> WriteManifest(const std::wstring& folder, const Manifest& manifest)
 {
-    if (!WriteWholeFile(Join(folder, kManifestName), ToJson(manifest).dump(1))) {
+    if (!WriteWholeFile(Join(folder, kManifestName), Sealed(ToJson(manifest).dump(1)))) {
         return LastReason();
     }
     return std::nullopt;

@@ -24,6 +24,8 @@ void AddBackupCommand(CommandSet& commands)
     command.Number("--retry", options->copy.retries, 1, "How often files in use are tried again, after all others");
     command.Number("--wait", options->copy.waitSeconds, 0, "Seconds before each retry (default: 0)");
     command.Number("--keep", options->keep, 1, "Afterwards removes the oldest complete versions but this many");
+    command.Example(R"(kestrovane-agent backup C:\Data D:\Backup --keep 7)");
+    command.Example(R"(kestrovane-agent backup C:\Data D:\Backup --exclude *.tmp --retry 3 --wait 10)");
 }
 
 } // namespace agent

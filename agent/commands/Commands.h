@@ -16,9 +16,13 @@ public:
 
     // `run` returns the exit code. It is called after all options have their values.
     virtual CommandOptions Add(const std::string& name, const std::string& help, std::function<int()> run) = 0;
+
+    // The script of all commands that were added.
+    [[nodiscard]] virtual std::string PowerShellCompletion() const = 0;
 };
 
 void AddBackupCommand(CommandSet& commands);
+void AddCompletionCommand(CommandSet& commands);
 void AddDeleteCommand(CommandSet& commands);
 void AddListCommand(CommandSet& commands);
 void AddMapCommand(CommandSet& commands);

@@ -215,6 +215,8 @@ void AddDeleteCommand(CommandSet& commands)
     command.Flag("--yes", options->yes, "Does it; without, what would be deleted is shown");
     command.Flag("--clear-readonly", options->clearReadOnly, "Read-only files, too");
     command.Flag("--follow-links", options->followLinks, "Also what links to directories lead to");
+    command.Example(R"(kestrovane-agent delete D:\Old)");
+    command.Example(R"(kestrovane-agent delete C:\Data --filter *.tmp --yes)");
 }
 
 } // namespace agent

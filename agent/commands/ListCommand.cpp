@@ -74,6 +74,7 @@ void AddListCommand(CommandSet& commands)
     command.Pattern("--filter", options->filter, "Which names, with * and ?");
     command.Flag("--recursive", options->recursive, "The whole tree");
     command.Flag("--full-paths", options->fullPaths, "Full paths instead of names");
+    command.Example(R"(kestrovane-agent list C:\Data --recursive --filter *.txt)");
 }
 
 } // namespace agent

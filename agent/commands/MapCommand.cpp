@@ -174,6 +174,7 @@ void AddMapCommand(CommandSet& commands)
     command.Optional("NAME", options->name, "The file's name or pattern");
     AddMappings(command, options->mappings);
     command.Flag("--explain", options->explain, "Which mappings cover it, and why");
+    command.Example(R"(kestrovane-agent map C:\Data\Sub\a.txt --map C:\Data=D:\New;*;recursive)");
 }
 
 } // namespace agent

@@ -77,6 +77,7 @@ void AddOwnCommand(CommandSet& commands)
     command.Required("PATH", options->path, "The file or directory");
     command.Required("ACCOUNT", options->account, "A user or group: NAME, DOMAIN\\NAME, .\\NAME, LocalSystem");
     command.Flag("--yes", options->yes, "Does it; without, what would change is shown");
+    command.Example(R"(kestrovane-agent own D:\Restored LocalSystem --yes)");
 }
 
 } // namespace agent

@@ -101,6 +101,8 @@ void AddPendingCommand(CommandSet& commands)
     command.Optional("TARGET", options->target, "With --cancel: the file whose replacement is taken back");
     command.Flag("--cancel", options->cancel, "Takes this agent's registrations back and deletes their cache files");
     command.Flag("--all", options->all, "With --cancel: all of them");
+    command.Example(R"(kestrovane-agent pending)");
+    command.Example(R"(kestrovane-agent pending --cancel C:\Data\a.txt)");
 }
 
 } // namespace agent

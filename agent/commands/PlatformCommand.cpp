@@ -23,7 +23,9 @@ int RunPlatform()
 
 void AddPlatformCommand(CommandSet& commands)
 {
-    commands.Add("platform", "Shows what the library reports of the Windows release", &RunPlatform);
+    CommandOptions command =
+        commands.Add("platform", "Shows what the library reports of the Windows release", &RunPlatform);
+    command.Example(R"(kestrovane-agent --json platform)");
 }
 
 } // namespace agent

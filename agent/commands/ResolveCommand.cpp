@@ -55,6 +55,7 @@ void AddResolveCommand(CommandSet& commands)
     CommandOptions command = commands.Add("resolve", "Shows the volume and the components of a path",
                                           [options] { return RunResolve(*options); });
     command.Required("PATH", options->path, "The path");
+    command.Example(R"(kestrovane-agent resolve C:\Data\a.txt)");
 }
 
 } // namespace agent

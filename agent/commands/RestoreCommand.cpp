@@ -60,6 +60,9 @@ void AddRestoreCommand(CommandSet& commands)
     command.String("--owner", options->owner, "ACCOUNT", "Gives what was restored to this account afterwards");
     command.Flag("--temp-cache", options->temporaryCache,
                  "Cache files of files in use go to the temporary directory, where it is on the same volume");
+    command.Example(R"(kestrovane-agent restore D:\Backup --dry-run)");
+    command.Example(R"(kestrovane-agent restore D:\Backup --to D:\Restored --only *.txt)");
+    command.Example(R"(kestrovane-agent restore D:\Backup --map C:\Data=D:\New;*;recursive)");
 }
 
 } // namespace agent

@@ -99,6 +99,7 @@ void AddShowCommand(CommandSet& commands)
         commands.Add("show", "Shows what a version of a backup holds", [options] { return RunShow(*options); });
     command.Required("BACKUP", options->backup, "The directory that holds the versions");
     command.String("--at", options->at, "NAME", "Another version than the newest complete one");
+    command.Example(R"(kestrovane-agent show D:\Backup --at 2026-11-21T15-04-05Z)");
 }
 
 } // namespace agent

@@ -68,6 +68,19 @@ void VerifyFiles(const LoadedVersion& found, Report& report)
     }
 }
 
+void VerifyManifest(const LoadedVersion& found, Report& report)
+{
+    if (!found.read.manifest.complete) {
+        report.Note(L"the version is not complete: its backup failed in part or was interrupted");
+    }
+    for (const auto& [name, reason] : found.read.rejected) {
+        report.Fail(name, reason);
+    }
+    if (!found.read.isIntact) {
+        report.Fail(Join(found.version.folder, kManifestName), kManifestChanged);
+    }
+}
+
 int RunVerify(const VerifyOptions& options)
 {
     const Stopwatch watch;
@@ -81,12 +94,7 @@ int RunVerify(const VerifyOptions& options)
     if (const auto found = FindVersion(backup, options.at, error)) {
         report.Set("version", found->version.name);
         report.CountAchieved(); // the comparison itself: damage is a part of its result
-        if (!found->read.manifest.complete) {
-            report.Note(L"the version is not complete: its backup failed in part or was interrupted");
-        }
-        for (const auto& [name, reason] : found->read.rejected) {
-            report.Fail(name, reason);
-        }
+        VerifyManifest(*found, report);
         VerifyFiles(*found, report);
     } else {
         report.Fail(error.subject, error.reason);
@@ -104,6 +112,7 @@ void AddVerifyCommand(CommandSet& commands)
                                           [options] { return RunVerify(*options); });
     command.Required("BACKUP", options->backup, "The directory that holds the versions");
     command.String("--at", options->at, "NAME", "Another version than the newest complete one");
+    command.Example(R"(kestrovane-agent verify D:\Backup)");
 }
 
 } // namespace agent

@@ -84,6 +84,7 @@ void AddVersionsCommand(CommandSet& commands)
     CommandOptions command = commands.Add("versions", "Lists the versions of a backup, the oldest first",
                                           [target] { return RunVersions(*target); });
     command.Required("TARGET", *target, "The directory that holds the versions");
+    command.Example(R"(kestrovane-agent versions D:\Backup)");
 }
 
 } // namespace agent

@@ -43,16 +43,23 @@ std::wstring Gigabytes(double value)
     return digits.substr(0, digits.find(L'.') + 2);
 }
 
-void WriteColumns(const std::vector<std::wstring>& columns)
+std::wstring RightAligned(const std::wstring& number)
 {
-    constexpr std::size_t kWidths[] = {12, 52, 14, 12, 12, 0};
-    std::wstring line;
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-        const std::size_t padding = kWidths[i] - std::min(kWidths[i], columns[i].size());
-        line += columns[i] + std::wstring(padding, L' ');
-    }
-    line.erase(line.find_last_not_of(L' ') + 1);
-    WriteResult(line + L"\n");
+    constexpr std::size_t kWidth = 10;
+    return std::wstring(kWidth - std::min(kWidth, number.size()), L' ') + number;
+}
+
+// Names come last, so that wide characters in them move no column.
+void WriteRow(const std::wstring& total, const std::wstring& free, const std::wstring& name)
+{
+    WriteResult(RightAligned(total) + RightAligned(free) + L"  " + name + L"\n");
+}
+
+void WriteVolume(const VolumeRow& row)
+{
+    WriteRow(Gigabytes(row.total), Gigabytes(row.free),
+             row.mountPath + (row.hasMostFree ? L"  (most free space)" : L""));
+    WriteRow(L"", L"", row.uniqueName);
 }
 
 int RunVolumes()
@@ -65,7 +72,7 @@ int RunVolumes()
         return report.Finish();
     }
     if (!IsJson()) {
-        WriteColumns({L"mount path", L"unique name", L"display name", L"total GB", L"free GB"});
+        WriteRow(L"total GB", L"free GB", L"mount path and unique name");
     }
     for (const std::wstring& mountPath : mountPaths) {
         const VolumeRow row = Describe(mountPath, mostFree);
@@ -77,8 +84,7 @@ int RunVolumes()
                                    {"freeGigabytes", row.free},
                                    {"mostFreeSpace", row.hasMostFree}});
         if (!IsJson()) {
-            WriteColumns({row.mountPath, row.uniqueName, row.displayName, Gigabytes(row.total), Gigabytes(row.free),
-                          row.hasMostFree ? L"most free space" : L""});
+            WriteVolume(row);
         }
     }
     return report.Finish();
@@ -88,7 +94,8 @@ int RunVolumes()
 
 void AddVolumesCommand(CommandSet& commands)
 {
-    commands.Add("volumes", "Lists the mount paths of all volumes", &RunVolumes);
+    CommandOptions command = commands.Add("volumes", "Lists the mount paths of all volumes", &RunVolumes);
+    command.Example(R"(kestrovane-agent volumes)");
 }
 
 } // namespace agent

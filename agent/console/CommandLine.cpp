@@ -4,6 +4,8 @@
 
 #include "agent/commands/Commands.h"
 #include "agent/console/CommandOptions.h"
+#include "agent/console/Completion.h"
+#include "agent/console/HelpText.h"
 #include "agent/console/HostFunctions.h"
 #include "agent/console/Interrupt.h"
 #include "agent/console/Output.h"
@@ -19,10 +21,10 @@ namespace agent {
 
 namespace {
 
-constexpr const char* kDescription =
-    "Backs up and restores directory trees with the Kestrovane library.\n"
-    "Exit codes: 0 all done, 1 nothing could be done or nothing could be written to standard output,\n"
-    "2 wrong usage, 3 done in part, 4 done, some of it at the next reboot, 130 interrupted.";
+constexpr const char* kDescription = "Backs up and restores directory trees with the Kestrovane library.\n"
+                                     "Exit codes: 0 all done, 1 nothing could be done or nothing could be written to\n"
+                                     "standard output, 2 wrong usage, 3 done in part, 4 done, some of it at the next\n"
+                                     "reboot, 130 interrupted.";
 
 class CommandLine : public CommandSet {
 public:
@@ -38,7 +40,7 @@ public:
         for (const auto add :
              {&AddBackupCommand, &AddVersionsCommand, &AddShowCommand, &AddVerifyCommand, &AddRestoreCommand,
               &AddMapCommand, &AddListCommand, &AddDeleteCommand, &AddVolumesCommand, &AddResolveCommand,
-              &AddOwnCommand, &AddPlatformCommand, &AddPendingCommand}) {
+              &AddOwnCommand, &AddPlatformCommand, &AddPendingCommand, &AddCompletionCommand}) {
             add(*this);
         }
     }
@@ -50,6 +52,8 @@ public:
         return CommandOptions(*command);
     }
 
+    [[nodiscard]] std::string PowerShellCompletion() const override { return agent::PowerShellCompletion(m_app); }
+
     int Run(const std::vector<std::wstring>& arguments)
     {
         std::vector<std::string> reversed(arguments.size()); // the order that the parser takes
@@ -60,7 +64,7 @@ public:
         } catch (const CLI::CallForVersion& version) {
             return Inform("version", version.what(), json);
         } catch (const CLI::Success& /*help*/) {
-            return Inform("help", m_app.help("", CLI::AppFormatMode::All), json);
+            return Inform("help", FitToTerminal(m_app.help("", CLI::AppFormatMode::All)), json);
         } catch (const CLI::ParseError& error) {
             return RejectUsage(error.what(), json);
         }

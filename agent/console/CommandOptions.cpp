@@ -61,6 +61,12 @@ void CommandOptions::Optional(const std::string& name, std::wstring& value, cons
     AddString(m_app, name, value, help);
 }
 
+void CommandOptions::Example(const std::string& line)
+{
+    const std::string before = m_app.get_footer().empty() ? "Examples:" : m_app.get_footer();
+    m_app.footer(before + "\n  " + line);
+}
+
 void CommandOptions::Flag(const std::string& name, bool& value, const std::string& help)
 {
     m_app.add_flag(name, value, help);
@@ -69,7 +75,7 @@ void CommandOptions::Flag(const std::string& name, bool& value, const std::strin
 void CommandOptions::Number(const std::string& name, int& value, int smallest, const std::string& help)
 {
     constexpr int kLargest = 1000000;
-    m_app.add_option(name, value, help)->check(CLI::Range(smallest, kLargest))->type_name("N");
+    m_app.add_option(name, value, help)->check(CLI::Range(smallest, kLargest).description(""))->type_name("N");
 }
 
 void CommandOptions::String(const std::string& name, std::wstring& value, const std::string& type,
@@ -147,7 +153,7 @@ void CommandOptions::AddChoice(const std::string& name, const std::vector<std::s
                 take(static_cast<std::size_t>(std::find(names.begin(), names.end(), value) - names.begin()));
             },
             help + " (default: " + standard + ")")
-        ->check(CLI::IsMember(names))
+        ->check(CLI::IsMember(names).description(""))
         ->type_name(list);
 }
 

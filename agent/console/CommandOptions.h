@@ -22,6 +22,9 @@ public:
     void Required(const std::string& name, std::wstring& value, const std::string& help);
     void Optional(const std::string& name, std::wstring& value, const std::string& help);
 
+    // A command line that the help shows as an example, after those before it.
+    void Example(const std::string& line);
+
     void Flag(const std::string& name, bool& value, const std::string& help);
     void Number(const std::string& name, int& value, int smallest, const std::string& help);
 

@@ -55,7 +55,6 @@ Progress::~Progress()
     {
         const std::lock_guard lock(m_mutex);
         m_hasEnded = true;
-        m_isChecking = false;
     }
     m_ended.notify_all();
     if (m_drawing.joinable()) {
@@ -70,7 +69,6 @@ void Progress::Watch(const std::wstring& path)
 {
     const std::lock_guard lock(m_mutex);
     m_watched = path;
-    m_isChecking = false;
 }
 
 void Progress::AddBytes(std::int64_t bytes)
@@ -85,12 +83,6 @@ void Progress::FileDone(std::int64_t bytes)
     m_watched.clear();
     ++m_done;
     m_bytes += bytes;
-}
-
-void Progress::OnlyChecksAreLeft()
-{
-    const std::lock_guard lock(m_mutex);
-    m_isChecking = true;
 }
 
 void Progress::Draw()
@@ -125,7 +117,7 @@ std::wstring Progress::Bar(std::int64_t bytes) const
     return L"[" + std::wstring(static_cast<std::size_t>(filled), L'#') +
            std::wstring(static_cast<std::size_t>(kBarWidth - filled), L'.') + L"] " + std::to_wstring(m_done) + L"/" +
            std::to_wstring(m_files) + L", " + std::to_wstring(bytes / kMebibyte) + L"/" + Mebibytes(m_totalBytes) +
-           L", " + (m_isChecking ? L"checking the copies" : speed);
+           L", " + speed;
 }
 
 } // namespace agent

@@ -30,9 +30,6 @@ public:
     void AddBytes(std::int64_t bytes); // of the file that is being worked on
     void FileDone(std::int64_t bytes); // those that neither AddBytes nor an earlier call has counted
 
-    // All bytes are copied; what is left is checking the last of them.
-    void OnlyChecksAreLeft();
-
 private:
     void Draw();
     std::wstring Line();
@@ -46,7 +43,6 @@ private:
     std::mutex m_mutex; // of what follows
     std::condition_variable m_ended;
     bool m_hasEnded = false;
-    bool m_isChecking = false;
     std::wstring m_watched;
     std::int64_t m_done = 0;
     std::int64_t m_bytes = 0;

@@ -138,38 +138,50 @@ private:
     std::vector<std::unique_ptr<Reader>> m_readers;
 };
 
-std::optional<FileDigest> DigestWith(Reader& reader, HANDLE file, const OnBytes& onBytes)
+bool DigestBlocks(Reader& reader, HANDLE file, const OnBlock& onBlock)
 {
     DWORD read = 0;
     do {
-        if (!::ReadFile(file, reader.block.data(), static_cast<DWORD>(reader.block.size()), &read, nullptr) ||
-            !reader.hash.Add(reader.block.data(), read)) {
-            const DWORD error = ::GetLastError();
-            reader.hash.Finish(); // discards what was added
-            ::SetLastError(error);
-            return std::nullopt;
+        if (!::ReadFile(file, reader.block.data(), static_cast<DWORD>(reader.block.size()), &read, nullptr)) {
+            return false;
         }
-        if (onBytes) {
-            onBytes(read);
+        if (read > 0 && (!reader.hash.Add(reader.block.data(), read) || !onBlock(reader.block.data(), read))) {
+            return false;
         }
     } while (read > 0);
-    return reader.hash.Finish();
+    return true;
 }
 
 } // namespace
 
-std::optional<FileDigest> DigestFile(const std::wstring& path, const OnBytes& onBytes)
+std::optional<FileDigest> DigestOpenFile(HANDLE file, const OnBlock& onBlock)
 {
     static ReaderPool pool;
+    auto reader = pool.Take();
+    const bool isRead = DigestBlocks(*reader, file, onBlock);
+    const DWORD error = ::GetLastError();
+    auto digest = reader->hash.Finish(); // after a failure, this discards what was added
+    pool.Return(std::move(reader));
+    if (!isRead) {
+        ::SetLastError(error);
+        return std::nullopt;
+    }
+    return digest;
+}
+
+std::optional<FileDigest> DigestFile(const std::wstring& path, const OnBytes& onBytes)
+{
     const UniqueHandle file = Own(::CreateFileW(path.c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
                                                 FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
     if (file == nullptr) {
         return std::nullopt;
     }
-    auto reader = pool.Take();
-    auto digest = DigestWith(*reader, file.get(), onBytes);
-    pool.Return(std::move(reader));
-    return digest;
+    return DigestOpenFile(file.get(), [&](const char* /*bytes*/, DWORD size) {
+        if (onBytes) {
+            onBytes(size);
+        }
+        return true;
+    });
 }
 
 } // namespace agent

@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include <windows.h>
+
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -39,11 +41,18 @@ private:
     std::int64_t m_size = 0;
 };
 
+// Receives each block that was read. @return false to end the reading.
+using OnBlock = std::function<bool(const char* bytes, DWORD size)>;
+
+// The digest of an open file from its current position to its end; nothing when it cannot be read or `onBlock` ends the
+// reading. The last error tells why. Any number of threads may call this at once; hash objects and buffers are used
+// again.
+std::optional<FileDigest> DigestOpenFile(HANDLE file, const OnBlock& onBlock);
+
 // Receives the number of bytes of each block that was read.
 using OnBytes = std::function<void(std::int64_t bytes)>;
 
-// The digest of a file; nothing when the file cannot be read to its end. The last error tells why. Any number of
-// threads may call this at once; hash objects and buffers are used again.
+// The digest of a file; nothing when the file cannot be read to its end. The last error tells why.
 std::optional<FileDigest> DigestFile(const std::wstring& path, const OnBytes& onBytes = {});
 
 } // namespace agent

@@ -2,8 +2,8 @@
 
 #include "agent/restore/KeptProperties.h"
 
-#include "agent/backup/FileCopy.h"
 #include "agent/platform/Errors.h"
+#include "agent/platform/FileCopy.h"
 #include "agent/platform/Streams.h"
 
 #include <windows.h>
@@ -54,8 +54,8 @@ std::optional<std::wstring> KeepSecurity(const std::wstring& target, const std::
 std::optional<std::wstring> KeepProperties(const std::wstring& target, const std::wstring& fresh)
 {
     for (const std::wstring& stream : ListNamedStreams(target)) {
-        const CopyResult result = CopyWithSharing(target + stream, fresh + stream);
-        if (!result.isCopied) {
+        const CopyResult result = CopyAndDigest(target + stream, fresh + stream);
+        if (!result.digest) {
             return L"its stream " + stream + L" cannot be kept: " + SystemReason(result.error);
         }
     }

@@ -1,33 +1,15 @@
-// A file of a backup, written anew and verified before it takes anything's place.
+// What the new content of a restored file must be, and what it gets besides.
 
 #include "agent/restore/NewContent.h"
 
-#include "agent/backup/FileCopy.h"
 #include "agent/platform/Errors.h"
 #include "agent/platform/Handles.h"
 
 #include <Kestrovane.h>
 
-#include <future>
-
 namespace agent {
 
 namespace {
-
-constexpr std::int64_t kLargeFile = 8LL << 20U; // bytes: a thread costs less than its flush
-
-UniqueHandle OpenForReading(const std::wstring& path)
-{
-    return Own(::CreateFileW(path.c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr));
-}
-
-RestoreFailure WhyDifferent(const std::wstring& source, const ManifestFile& file, const std::wstring& target)
-{
-    if (DigestFile(source) == file.digest) {
-        return {target, L"its new content differs from the manifest after it was written"};
-    }
-    return {source, L"the copy in the backup is damaged: it differs from the manifest"};
-}
 
 // @return the error that kept the file from the disk.
 DWORD Flush(const std::wstring& path)
@@ -39,53 +21,45 @@ DWORD Flush(const std::wstring& path)
 
 } // namespace
 
-// The library opens both files exclusively, and does not tell why a write stored only a part of a block. Where it
-// fails, the agent copies by itself.
-std::optional<RestoreFailure> WriteNewContent(const std::wstring& source, const std::wstring& path,
-                                              const std::wstring& target)
+RestoreFailure Damaged(const std::wstring& source)
 {
-    if (DoCopyComponentFile(source, path) != 0) {
-        return std::nullopt;
-    }
-    const CopyResult result = CopyWithSharing(source, path);
-    if (result.isCopied) {
-        return std::nullopt;
-    }
-    if (OpenForReading(source) == nullptr) {
-        return RestoreFailure{source, LastReason()};
-    }
-    return RestoreFailure{target, SystemReason(result.error)};
+    return {source, L"the copy in the backup is damaged: it differs from the manifest"};
 }
 
-std::optional<RestoreFailure> VerifyNewContent(const std::wstring& source, const std::wstring& path,
-                                               const ManifestFile& file, const std::wstring& target,
-                                               Durability durability)
+// The library's copy ends with success also when a read error cuts it short, so what it wrote is read again.
+std::optional<RestoreFailure> FillCacheFile(const std::wstring& cacheFile, const std::wstring& source,
+                                            const ManifestFile& file, const std::wstring& target)
 {
-    // A large file is read while it is being flushed.
-    const bool isLarge = durability == Durability::kFlushed && file.digest.size >= kLargeFile;
-    auto flushed = std::async(isLarge ? std::launch::async : std::launch::deferred, &Flush, path);
-    const auto digest = DigestFile(path);
+    if (DoCopyComponentFile(source, cacheFile) == 0) {
+        const std::wstring reason = LastReason();
+        const bool isReadable = DigestFile(source).has_value();
+        return RestoreFailure{isReadable ? target : source, reason};
+    }
+    const auto digest = DigestFile(cacheFile);
     if (!digest) {
         return RestoreFailure{target, LastReason()};
     }
-    // The copy ends with success also when a read error cuts it short.
     if (*digest != file.digest) {
-        return WhyDifferent(source, file, target);
+        return Damaged(source);
     }
-    const DWORD error = durability == Durability::kFlushed ? flushed.get() : ERROR_SUCCESS;
+    const DWORD error = Flush(cacheFile);
     return error == ERROR_SUCCESS ? std::nullopt : std::optional(RestoreFailure{target, SystemReason(error)});
+}
+
+bool SetInformation(HANDLE file, FileTime created, FileTime modified, DWORD attributes)
+{
+    FILE_BASIC_INFO information = {};
+    information.CreationTime.QuadPart = created;
+    information.LastWriteTime.QuadPart = modified;
+    information.FileAttributes = attributes;
+    return ::SetFileInformationByHandle(file, FileBasicInfo, &information, sizeof(information)) != FALSE;
 }
 
 bool SetInformation(const std::wstring& path, FileTime created, FileTime modified, DWORD attributes)
 {
     const UniqueHandle file = Own(::CreateFileW(path.c_str(), FILE_WRITE_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING,
                                                 FILE_FLAG_BACKUP_SEMANTICS, nullptr));
-    FILE_BASIC_INFO information = {};
-    information.CreationTime.QuadPart = created;
-    information.LastWriteTime.QuadPart = modified;
-    information.FileAttributes = attributes;
-    return file != nullptr &&
-           ::SetFileInformationByHandle(file.get(), FileBasicInfo, &information, sizeof(information)) != FALSE;
+    return file != nullptr && SetInformation(file.get(), created, modified, attributes);
 }
 
 } // namespace agent

@@ -1,4 +1,4 @@
-// A file of a backup, written anew and verified before it takes anything's place.
+// What the new content of a restored file must be, and what it gets besides.
 
 #pragma once
 
@@ -20,22 +20,22 @@ struct RestoreFailure {
 constexpr DWORD kRestoredAttributes =
     FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE;
 
-// Copies `source` to `path`. `target` is the file whose place the copy is to take, for the message.
-std::optional<RestoreFailure> WriteNewContent(const std::wstring& source, const std::wstring& path,
-                                              const std::wstring& target);
-
 // Whether the new content must be on the disk before it takes its place. A file that replaces another one must:
 // otherwise a power failure could leave neither. For a new file nothing is lost, and flushing each of many small files
 // takes far longer than writing them.
 enum class Durability { kFlushed, kUnflushed };
 
-// Compares the copy of `source` at `path` with the manifest. Any thread may call it.
-std::optional<RestoreFailure> VerifyNewContent(const std::wstring& source, const std::wstring& path,
-                                               const ManifestFile& file, const std::wstring& target,
-                                               Durability durability);
+// The failure of a copy in the backup that differs from its manifest.
+RestoreFailure Damaged(const std::wstring& source);
+
+// Fills a cache file, which is on the disk then, and compares it with the manifest. `target` is the file whose place it
+// is to take, for the message.
+std::optional<RestoreFailure> FillCacheFile(const std::wstring& cacheFile, const std::wstring& source,
+                                            const ManifestFile& file, const std::wstring& target);
 
 // Sets times and attributes of a file or directory. 0 stands for what is not known, and stays as it is. On failure the
 // last error tells why.
+bool SetInformation(HANDLE file, FileTime created, FileTime modified, DWORD attributes);
 bool SetInformation(const std::wstring& path, FileTime created, FileTime modified, DWORD attributes);
 
 } // namespace agent

@@ -33,11 +33,11 @@ std::optional<Destination> Placement::PlaceFile(const std::wstring& name)
 
 std::optional<Destination> Placement::PlaceDirectory(const std::wstring& name)
 {
+    const auto below = [&](const std::wstring& root) { return name.empty() ? root : Join(root, name); };
     if (!m_to.empty()) {
-        const std::wstring path = Join(m_to, name);
-        return Destination{path, path, m_to, false};
+        return Destination{below(m_to), below(m_to), m_to, false};
     }
-    const Place place = m_mapper.FindDirectory(Join(m_original, name));
+    const Place place = m_mapper.FindDirectory(below(m_original));
     auto destination = At(place, place.directory);
     if (destination) {
         destination->directory = place.directory;

@@ -103,11 +103,7 @@ RebootReplacement::Result RebootReplacement::Fill(const RestoreStep& step, DWORD
     if (!IsSameVolume(cache.Path(), target)) {
         return Failed(step, L"its cache file " + cache.Path() + L" is on another volume");
     }
-    auto failure = WriteNewContent(step.source, cache.Path(), target);
-    if (!failure) {
-        failure = VerifyNewContent(step.source, cache.Path(), step.file, target, Durability::kFlushed);
-    }
-    if (failure) {
+    if (auto failure = FillCacheFile(cache.Path(), step.source, step.file, target)) {
         return {{}, std::move(failure)};
     }
     if (const auto lost = KeepProperties(target, cache.Path())) {

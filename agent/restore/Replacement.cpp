@@ -7,6 +7,7 @@
 #include "agent/platform/Security.h"
 #include "agent/restore/KeptProperties.h"
 #include "agent/restore/RecordFormat.h"
+#include "agent/restore/StagedFile.h"
 
 #include <memory>
 
@@ -17,39 +18,6 @@ namespace {
 using Outcome = ReplacementResult::Outcome;
 
 constexpr std::size_t kWorkers = 8; // with more, small files are restored no faster
-
-// A staged file is deleted at the end of the scope, unless it has taken the target's place.
-class StagedFile {
-public:
-    explicit StagedFile(std::wstring path) : m_path(std::move(path)) {}
-    ~StagedFile()
-    {
-        if (!m_isPlaced) {
-            const DWORD error = ::GetLastError();
-            ::SetFileAttributesW(m_path.c_str(), FILE_ATTRIBUTE_NORMAL); // a read-only file cannot be deleted
-            ::DeleteFileW(m_path.c_str());
-            ::SetLastError(error);
-        }
-    }
-    StagedFile(const StagedFile&) = delete;
-    StagedFile& operator=(const StagedFile&) = delete;
-
-    [[nodiscard]] const std::wstring& Path() const { return m_path; }
-
-    // Takes the target's place in one step: there is no moment without a whole file. ReplaceFileW has one, between the
-    // removal of the old file and the move of the new one. On failure the last error tells why, and the target is as it
-    // was.
-    bool TakePlace(const std::wstring& target, bool replaces)
-    {
-        const DWORD flags = replaces ? MOVEFILE_WRITE_THROUGH | MOVEFILE_REPLACE_EXISTING : 0;
-        m_isPlaced = ::MoveFileExW(m_path.c_str(), target.c_str(), flags) != FALSE;
-        return m_isPlaced;
-    }
-
-private:
-    std::wstring m_path;
-    bool m_isPlaced = false;
-};
 
 // Clears the read-only attribute of a file for one scope. The attribute is set again at the end, unless the file was
 // replaced.
@@ -110,20 +78,17 @@ DWORD AttributesFor(const RestoreStep& step)
 }
 
 // Runs on a worker thread, and calls nothing of the library's.
-ReplacementResult VerifyAndPlace(const RestoreStep& step, StagedFile& staged)
+ReplacementResult PlaceStaged(const RestoreStep& step, StagedFile& staged)
 {
     const std::wstring& target = step.target.path;
-    const Durability durability = step.replaces ? Durability::kFlushed : Durability::kUnflushed;
-    if (auto failure = VerifyNewContent(step.source, staged.Path(), step.file, target, durability)) {
-        return Failed(std::move(*failure));
-    }
     const auto lost = step.replaces ? KeepProperties(target, staged.Path()) : std::nullopt;
     if (lost) {
         return Failed({target, *lost});
     }
     const FileTime created = step.file.created != 0 ? step.file.created : step.present.created;
+    const Durability durability = step.replaces ? Durability::kFlushed : Durability::kUnflushed;
     WritableScope writable(step);
-    if (!SetInformation(staged.Path(), created, step.file.modified, AttributesFor(step)) ||
+    if (!staged.Complete(created, step.file.modified, AttributesFor(step), durability) ||
         !staged.TakePlace(target, step.replaces)) {
         return Failed({target, WhyNotPlaced(::GetLastError())});
     }
@@ -174,11 +139,11 @@ ReplacementResult Replacement::Start(const RestoreStep& step, std::future<Replac
         return ReplaceAtReboot(step);
     }
     const auto staged = std::make_shared<StagedFile>(m_record.NextStagingPath(step.stagingDirectory));
-    if (auto failure = WriteNewContent(step.source, staged->Path(), step.target.path)) {
+    if (auto failure = staged->Fill(step.source, step.file, step.target.path)) {
         return Failed(std::move(*failure));
     }
     const auto task = std::make_shared<std::packaged_task<ReplacementResult()>>(
-        [&step, staged] { return VerifyAndPlace(step, *staged); });
+        [&step, staged] { return PlaceStaged(step, *staged); });
     later = task->get_future();
     m_threads.Add([task] { (*task)(); });
     return {};

@@ -70,6 +70,10 @@ void Restore::RestoreVersion(const LoadedVersion& version)
         m_report.Note(version.version.folder + L": the backup is not complete; what it holds is restored");
         m_report.SetInPart();
     }
+    if (!version.read.isIntact) {
+        m_report.Note(Join(version.version.folder, kManifestName) + L": " + kManifestChanged);
+        m_report.SetInPart();
+    }
     if (m_options.dryRun) {
         ShowPlan(plan, m_report);
     } else {

@@ -42,6 +42,7 @@ public:
         for (const ManifestFile& file : m_manifest.files) {
             PlanFile(file, plan);
         }
+        PlanDirectory(m_manifest.root, plan);
         for (const ManifestDirectory& directory : m_manifest.directories) {
             PlanDirectory(directory, plan);
         }

@@ -197,11 +197,8 @@ TEST_F(BackupContentTest, AnInterruptLeavesAnIncompleteVersion)
     for (int i = 0; i < kFiles; ++i) {
         live.File(std::to_wstring(i), "content");
     }
+    InterruptWhen(UniquePartOf(live.Root()), "[ -e " + OutsidePath(store.Root()) + "/backup/*Z/0 ]");
     AgentProcess agent({L"--json", L"backup", live.Root(), Backup()});
-    while (Versions().empty()) {
-        ::Sleep(0);
-    }
-    InterruptFromOutside(UniquePartOf(live.Root()));
     const AgentResult result = agent.Wait();
     EXPECT_EQ(130U, result.exitCode);
     EXPECT_TRUE(Json::parse(result.output, nullptr, false).value("interrupted", false)) << result.output;

@@ -99,11 +99,8 @@ TEST_F(DeleteCommandTest, EndsBetweenTwoFilesAtAnInterrupt)
     for (int i = 0; i < kFiles; ++i) {
         live.File(L"many\\" + std::to_wstring(10000 + i), "");
     }
+    InterruptWhen(UniquePartOf(live.Root()), "! [ -e " + OutsidePath(live.Path(LR"(many\10000)")) + " ]");
     AgentProcess agent({L"--json", L"delete", live.Path(L"many"), L"--yes"});
-    while (PathExists(live.Path(LR"(many\10000)"))) {
-        ::Sleep(0);
-    }
-    InterruptFromOutside(UniquePartOf(live.Root()));
     const AgentResult result = agent.Wait();
     EXPECT_EQ(130U, result.exitCode);
     const Json report = Json::parse(result.output, nullptr, false);

@@ -137,13 +137,18 @@ TEST_F(KilledRestoreTest, LeavesEachFileWholeAndTheNextOneCompletes)
                      std::to_string(moment) + " of " + std::to_string(whole) + " ms");
         RunRound(moment);
     }
-    std::printf("%d of %d kills came between the first file and the last\n", m_inTheMiddle, Kills());
+    std::printf("killed restore: %d kills, %d between the first file and the last, %s\n", Kills(), m_inTheMiddle,
+                HasFailure() ? "FINDINGS" : "each file whole, each next one complete");
 }
 
 class LeftoversTest : public KilledRestoreTest {
 protected:
-    LeftoversTest() { ::SetEnvironmentVariableW(L"LOCALAPPDATA", store.Path(L"local").c_str()); }
-    ~LeftoversTest() override { ::SetEnvironmentVariableW(L"LOCALAPPDATA", nullptr); }
+    LeftoversTest()
+    {
+        ::GetEnvironmentVariableW(L"LOCALAPPDATA", m_before, MAX_PATH);
+        ::SetEnvironmentVariableW(L"LOCALAPPDATA", store.Path(L"local").c_str());
+    }
+    ~LeftoversTest() override { ::SetEnvironmentVariableW(L"LOCALAPPDATA", m_before); }
 
     std::wstring Record() const { return store.Path(LR"(local\Kestrovane\Restores\0123456789ab.restore)"); }
 
@@ -152,6 +157,9 @@ protected:
     {
         store.File(LR"(local\Kestrovane\Restores\0123456789ab.restore)", lines);
     }
+
+private:
+    wchar_t m_before[MAX_PATH] = {};
 };
 
 TEST_F(LeftoversTest, AreDeletedByTheNextRestoreOfTheirDirectory)

@@ -68,7 +68,8 @@ TEST_F(RestorePlaceTest, ToTakesEverythingBelowOneDirectory)
     MakeBackup();
     live.File(L"a.txt", "live");
     EditManifest([](Json& manifest) { manifest["original"] = R"(Q:\some\where)"; });
-    EXPECT_EQ(6, RunForJson({L"restore", Backup(), L"--to", other}, 0)["restored"]);
+    // Done in part: the manifest is not what the backup has written.
+    EXPECT_EQ(6, RunForJson({L"restore", Backup(), L"--to", other}, 3)["restored"]);
     for (const auto& [name, bytes] : LiveFiles()) {
         EXPECT_EQ(bytes, ReadFileBytes(other + L"\\" + name)) << Utf8(name);
     }

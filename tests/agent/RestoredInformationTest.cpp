@@ -82,6 +82,22 @@ TEST_F(RestoredInformationTest, TimesOfFilesAndDirectoriesComeBack)
     }
 }
 
+TEST_F(RestoredInformationTest, TimesOfTheOriginalDirectoryItselfComeBack)
+{
+    live.File(LR"(top\a.txt)");
+    SetTimes(live.Path(L"top"));
+    RunForJson({L"backup", live.Path(L"top"), Backup()}, 0);
+    const std::wstring elsewhere = store.Path(L"elsewhere");
+    live.File(LR"(top\a.txt)", "damaged");
+    live.File(LR"(top\another.txt)");
+    RunForJson({L"restore", Backup()}, 0);
+    RunForJson({L"restore", Backup(), L"--to", elsewhere}, 0);
+    RunForJson({L"restore", Backup(), L"--map", live.Path(L"top") + L"=" + store.Path(L"mapped")}, 0);
+    EXPECT_EQ(kModifiedNumber, Modified(live.Path(L"top")));
+    EXPECT_EQ(kModifiedNumber, Modified(elsewhere));
+    EXPECT_EQ(kModifiedNumber, Modified(store.Path(L"mapped")));
+}
+
 TEST_F(RestoredInformationTest, DirectoriesThatAreThereKeepTheirTimesWhereNothingMayBeOverwritten)
 {
     live.File(LR"(sub\a.txt)");

@@ -170,6 +170,7 @@ class CopyModelTest : public RandomRounds {
 protected:
     void TearDown() override { RegisterSilentHost(); }
 
+private:
     const ImportPatch m_open{"_wopen", &Open};
     const ImportPatch m_close{"_close", &Close};
     const ImportPatch m_current{"_wgetcwd", &ReadCurrentDirectory};

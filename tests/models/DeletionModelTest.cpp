@@ -27,11 +27,11 @@ BOOL WINAPI FindClose(HANDLE search)
 {
     return g_tree->FindClose(search);
 }
-BOOL WINAPI DeleteFile_(const wchar_t* path)
+BOOL WINAPI DeleteOneFile(const wchar_t* path)
 {
     return g_tree->DeleteFile(path);
 }
-BOOL WINAPI RemoveDirectory_(const wchar_t* path)
+BOOL WINAPI RemoveOneDirectory(const wchar_t* path)
 {
     return g_tree->RemoveDirectory(path);
 }
@@ -93,11 +93,12 @@ class DeletionModelTest : public RandomRounds {
 protected:
     void TearDown() override { RegisterSilentHost(); }
 
+private:
     const ImportPatch m_first{"FindFirstFileW", &FindFirst};
     const ImportPatch m_next{"FindNextFileW", &FindNext};
     const ImportPatch m_close{"FindClose", &FindClose};
-    const ImportPatch m_delete{"DeleteFileW", &DeleteFile_};
-    const ImportPatch m_remove{"RemoveDirectoryW", &RemoveDirectory_};
+    const ImportPatch m_delete{"DeleteFileW", &DeleteOneFile};
+    const ImportPatch m_remove{"RemoveDirectoryW", &RemoveOneDirectory};
     const ImportPatch m_message{"FormatMessageW", &FormatScriptMessage};
 };
 

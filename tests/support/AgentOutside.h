@@ -53,13 +53,18 @@ inline void RunOutside(const std::wstring& program, std::wstring command)
     ::CloseHandle(process.hThread);
 }
 
-// Presses Ctrl-C for the agent whose command line holds a string that no other has. There is no console that could do
-// it.
-inline void InterruptFromOutside(const std::wstring& unique)
+// Presses Ctrl-C for an agent as soon as a condition of the shell holds. There is no console that could do it. Called
+// before the agent starts, because finding a process takes longer than much of its work: `unique` is a string that no
+// other command line has.
+inline void InterruptWhen(const std::wstring& unique, const std::string& condition)
 {
-    RunOutside(L"sh", L"sh -c \"for p in /proc/[0-9]*; do [ $p = /proc/$$ ] && continue; "
-                      L"case $(tr '\\0' ' ' <$p/cmdline) in *kestrovane-agent*" +
-                          unique + L"*) kill -INT ${p#/proc/} ;; esac; done 2>/dev/null\"");
+    const std::wstring pattern = L"[" + unique.substr(0, 1) + L"]" + unique.substr(1); // does not match itself
+    const std::wstring find =
+        L"n=0; a=; while [ x$a = x ] && [ $n -lt 1000 ]; do n=$((n+1)); for f in $(grep -las '" + pattern +
+        L"' /proc/[0-9]*/cmdline); do p=${f#/proc/}; p=${p%/cmdline}; [ $p = $$ ] || a=$p; done; done; ";
+    const std::wstring wait = L"while kill -0 $a && ! { " + std::wstring(condition.begin(), condition.end()) +
+                              L"; }; do :; done 2>/dev/null; kill -INT $a";
+    RunOutside(L"sh", L"sh -c \"" + find + wait + L"\"");
 }
 
 // Creates a link to a directory. The paths have no blanks.

@@ -70,7 +70,15 @@ AgentProcess::AgentProcess(const std::vector<std::wstring>& arguments, HANDLE ou
     Start(arguments, output);
 }
 
-void AgentProcess::Start(const std::vector<std::wstring>& arguments, HANDLE output)
+AgentProcess::AgentProcess(const std::vector<std::wstring>& arguments, const std::wstring& library)
+    : m_output(TemporaryFile()), m_messages(TemporaryFile())
+{
+    Start(arguments, m_output, CREATE_SUSPENDED);
+    Load(library);
+    ::ResumeThread(m_process.hThread);
+}
+
+void AgentProcess::Start(const std::vector<std::wstring>& arguments, HANDLE output, DWORD flags)
 {
     std::wstring command = Quoted(AgentProgram());
     for (const std::wstring& argument : arguments) {
@@ -81,9 +89,24 @@ void AgentProcess::Start(const std::vector<std::wstring>& arguments, HANDLE outp
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdOutput = output;
     startup.hStdError = m_messages;
-    EXPECT_TRUE(::CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, CREATE_NEW_PROCESS_GROUP, nullptr,
-                                 nullptr, &startup, &m_process))
+    EXPECT_TRUE(::CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, CREATE_NEW_PROCESS_GROUP | flags,
+                                 nullptr, nullptr, &startup, &m_process))
         << "error " << ::GetLastError();
+}
+
+void AgentProcess::Load(const std::wstring& library)
+{
+    const SIZE_T size = (library.size() + 1) * sizeof(wchar_t);
+    void* const path = ::VirtualAllocEx(m_process.hProcess, nullptr, size, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
+    ASSERT_TRUE(::WriteProcessMemory(m_process.hProcess, path, library.c_str(), size, nullptr));
+    const auto load = reinterpret_cast<LPTHREAD_START_ROUTINE>(
+        reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"kernel32"), "LoadLibraryW")));
+    const UniqueHandle thread(::CreateRemoteThread(m_process.hProcess, nullptr, 0, load, path, 0, nullptr));
+    ASSERT_NE(nullptr, thread) << "error " << ::GetLastError();
+    ASSERT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(thread.get(), kPatience));
+    DWORD loaded = 0;
+    ::GetExitCodeThread(thread.get(), &loaded);
+    ASSERT_NE(0U, loaded) << Utf8(library) << " cannot be loaded";
 }
 
 AgentProcess::~AgentProcess()

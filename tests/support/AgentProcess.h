@@ -25,6 +25,9 @@ public:
 
     // With another standard output: an inheritable handle, or null for a closed one.
     AgentProcess(const std::vector<std::wstring>& arguments, HANDLE output);
+
+    // With a library that is loaded into the process before its first instruction.
+    AgentProcess(const std::vector<std::wstring>& arguments, const std::wstring& library);
     ~AgentProcess();
     AgentProcess(const AgentProcess&) = delete;
     AgentProcess& operator=(const AgentProcess&) = delete;
@@ -33,7 +36,8 @@ public:
     AgentResult Wait();
 
 private:
-    void Start(const std::vector<std::wstring>& arguments, HANDLE output);
+    void Start(const std::vector<std::wstring>& arguments, HANDLE output, DWORD flags = 0);
+    void Load(const std::wstring& library);
 
     HANDLE m_output = nullptr;
     HANDLE m_messages = nullptr;

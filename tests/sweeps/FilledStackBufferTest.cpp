@@ -214,7 +214,7 @@ TEST_P(FilledStackBufferTest, OfAnEntryIsReadToItsEndByTheDeleter)
     const ImportPatch next("FindNextFileW", &FindOneMore);
     const ImportPatch close("FindClose", &CloseNothing);
     SetVssFileManagerLogger(&KeepUndeleted, &SilentKeepAlive, &SilentLog);
-    for (const DWORD attributes : {FILE_ATTRIBUTE_NORMAL, FILE_ATTRIBUTE_DIRECTORY}) {
+    for (const DWORD attributes : {DWORD{FILE_ATTRIBUTE_NORMAL}, DWORD{FILE_ATTRIBUTE_DIRECTORY}}) {
         g_attributes = attributes;
         EXPECT_EQ(0, DeleteDirectoryRecursive(LR"(Q:\top)"));
         EXPECT_EQ(static_cast<DWORD>(ERROR_FILENAME_EXCED_RANGE), ::GetLastError());

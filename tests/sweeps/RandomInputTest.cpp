@@ -10,6 +10,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <iterator>
 #include <set>
 
 namespace {
@@ -39,12 +40,13 @@ bool LeadsOut(const std::wstring& path)
            steps > kMostSteps || path.find(L"%") != std::wstring::npos;
 }
 
-// Names of devices, which exist everywhere: some rows expect a file that is missing.
+// Names of devices, which exist everywhere: some rows expect a file that is missing. A test of its own passes them.
 bool NamesDevice(const std::wstring& path)
 {
+    constexpr const wchar_t* kDevices[] = {L"NUL", L"CON", L"COM", L"AUX", L"PRN", L"LPT"};
     const std::wstring upper = WString2UpperCase(path);
-    return upper.find(L"NUL") != std::wstring::npos || upper.find(L"CON") != std::wstring::npos ||
-           upper.find(L"COM1") != std::wstring::npos;
+    return std::any_of(std::begin(kDevices), std::end(kDevices),
+                       [&](const wchar_t* device) { return upper.find(device) != std::wstring::npos; });
 }
 
 struct Argument {
@@ -171,6 +173,39 @@ TEST_F(RandomInputTest, IsHandledByEveryStringArgument)
     EXPECT_EQ(handles, OpenHandleCount());
     std::printf("Random input: %d calls.\n", made);
     RecordProperty("calls", made);
+}
+
+TEST_F(RandomInputTest, DevicesAreReadLikeEmptyFilesOrNotAtAll)
+{
+    constexpr const wchar_t* kDevices[] = {L"NUL",   L"nul.txt", L"AUX",     L"PRN",        L"COM1",         L"LPT1.a",
+                                           L"CON:x", L"CONIN$",  L"COM\xB9", LR"(\\.\NUL)", LR"(\\?\C:\NUL)"};
+    constexpr const wchar_t* kBefore[] = {L"", LR"(C:\)", LR"(.\)", LR"(missing\)"};
+    const std::wstring directory = tree.Directory(L"copies");
+    const WorkingDirectory in(tree.Root());
+    for (const wchar_t* before : kBefore) {
+        for (const wchar_t* device : kDevices) {
+            std::wstring path = std::wstring(before) + device;
+            SCOPED_TRACE(Utf8(path));
+            EXPECT_EQ(0, getFileSize(path));
+            static_cast<void>(isDirectoryExists(path));
+            static_cast<void>(isFileExists(path));
+            static_cast<void>(IsCanReplaceFile(path));
+            const std::wstring target = directory + LR"(\copy)";
+            EXPECT_TRUE(DoCopyComponentFile(path, target) == 0 || ReadFileBytes(target).empty());
+            ::DeleteFileW(target.c_str());
+        }
+    }
+    EXPECT_TRUE(EntriesOf(directory).empty());
+}
+
+TEST_F(RandomInputTest, SharesOfVolumesBecomeLocalPaths)
+{
+    for (int call = 0; call < FuzzShare(1) && !HasFailure(); ++call) {
+        const std::wstring drive = input.Of(L"CDe", 1) + L"F";
+        const std::wstring rest = L"\\" + input.Of(L"aB. $\\\xE9", 20);
+        const std::wstring share = LR"(\\server)" + input.Of(L"a.-", 5) + LR"(\volume$)" + drive + rest;
+        EXPECT_EQ(drive + L":" + rest, GetPathFileTranslate(share)) << Title(Utf8(share).c_str(), call);
+    }
 }
 
 TEST_F(RandomInputTest, PatternsOverlapAsThePlainRecursionSays)
