@@ -9,6 +9,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <exception>
+#include <iostream>
 #include <string>
 
 namespace {
@@ -77,7 +78,7 @@ int wmain(int count, wchar_t** arguments)
     try {
         return CopyComponent(arguments[1], arguments[2], count == 4 ? arguments[3] : L"*");
     } catch (const std::exception& error) { // std::bad_alloc
-        std::fprintf(stderr, "%s\n", error.what());
+        std::cerr << error.what() << '\n';
         return 1;
     }
 }

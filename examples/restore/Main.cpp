@@ -12,6 +12,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <exception>
+#include <iostream>
 #include <string>
 #include <vector>
 
@@ -139,6 +140,7 @@ int RestoreBackup(const std::wstring& backup, const std::wstring& directory,
 std::vector<VSS_ALTERNATE_MAPPING> ParseMappings(const std::vector<std::wstring>& arguments)
 {
     std::vector<VSS_ALTERNATE_MAPPING> mappings;
+    mappings.reserve(arguments.size());
     for (const std::wstring& argument : arguments) {
         mappings.push_back({WStringBeforeWCHAR(argument, L'='), WStringAfterWCHAR(argument, L'='), L"*", true});
     }
@@ -161,9 +163,9 @@ int wmain(int count, wchar_t** arguments)
     try {
         return RestoreBackup(arguments[1], arguments[2], ParseMappings(mappings));
     } catch (const CAtlException& error) {
-        std::fprintf(stderr, "error 0x%08lX\n", static_cast<unsigned long>(error.m_hr));
+        std::cerr << "error 0x" << std::hex << static_cast<unsigned long>(error.m_hr) << '\n';
     } catch (const std::exception& error) { // std::bad_alloc
-        std::fprintf(stderr, "%s\n", error.what());
+        std::cerr << error.what() << '\n';
     }
     return 1;
 }

@@ -11,6 +11,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <exception>
+#include <iostream>
 #include <map>
 #include <string>
 
@@ -95,9 +96,9 @@ int wmain(int count, wchar_t** arguments)
         }
         return allCopied ? 0 : 1;
     } catch (const CAtlException& error) {
-        std::fprintf(stderr, "error 0x%08lX\n", static_cast<unsigned long>(error.m_hr));
+        std::cerr << "error 0x" << std::hex << static_cast<unsigned long>(error.m_hr) << '\n';
     } catch (const std::exception& error) { // std::bad_alloc
-        std::fprintf(stderr, "%s\n", error.what());
+        std::cerr << error.what() << '\n';
     }
     return 1;
 }
