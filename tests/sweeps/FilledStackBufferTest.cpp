@@ -44,7 +44,8 @@ std::wstring Filled(std::size_t capacity)
 // The name of an entry that fills the buffer of Windows' record.
 std::wstring EntryName()
 {
-    return std::wstring(MAX_PATH - (g_terminates ? 1 : 0), L'x');
+    std::wstring name(MAX_PATH - (g_terminates ? 1 : 0), L'x');
+    return name;
 }
 
 wchar_t* __cdecl FillCurrentDirectory(wchar_t* buffer, int capacity)
@@ -214,7 +215,7 @@ TEST_P(FilledStackBufferTest, OfAnEntryIsReadToItsEndByTheDeleter)
     const ImportPatch next("FindNextFileW", &FindOneMore);
     const ImportPatch close("FindClose", &CloseNothing);
     SetVssFileManagerLogger(&KeepUndeleted, &SilentKeepAlive, &SilentLog);
-    for (const DWORD attributes : {FILE_ATTRIBUTE_NORMAL, FILE_ATTRIBUTE_DIRECTORY}) {
+    for (const DWORD attributes : {DWORD{FILE_ATTRIBUTE_NORMAL}, DWORD{FILE_ATTRIBUTE_DIRECTORY}}) {
         g_attributes = attributes;
         EXPECT_EQ(0, DeleteDirectoryRecursive(LR"(Q:\top)"));
         EXPECT_EQ(static_cast<DWORD>(ERROR_FILENAME_EXCED_RANGE), ::GetLastError());
