@@ -33,9 +33,16 @@ WIDE = ["contract", "sweeps"]
 # Suites of the program of the sweeps that are quick: filled buffers, and models.
 BUFFERS = "*FilledStackBuffer*:*OverfilledStackBuffer*:GuardedBuffer.*:GuardedHeap.*:GuardedTemporaryDirectoryTest.*"
 FILE_MODELS = "DeletionModelTest.*:CopyModelTest.*:RandomInputTest.Listings*:RandomInputTest.Shares*"
-QUICK_SWEEPS = {"fileops": f"{BUFFERS}:{FILE_MODELS}", "paths": f"{BUFFERS}:{FILE_MODELS}",
-                "win32": f"{BUFFERS}:{FILE_MODELS}", "restore": "RandomInputTest.*", "volumes": BUFFERS,
-                "security": BUFFERS, "cache": BUFFERS, "exports": BUFFERS}
+QUICK_SWEEPS = {
+    "fileops": f"{BUFFERS}:{FILE_MODELS}:*GuardedBufferTest*/List*",
+    "paths": f"{BUFFERS}:{FILE_MODELS}:*ImportSweepTest*/GetFileName",
+    "win32": f"{BUFFERS}:{FILE_MODELS}",
+    "restore": "RandomInputTest.*",
+    "volumes": f"{BUFFERS}:*GuardedBufferTest*/BuildSnapshotFilePath",
+    "security": BUFFERS,
+    "cache": BUFFERS,
+    "exports": BUFFERS,
+}
 PROGRAMS = {"cache": "cache-tests", "loading": "loading-tests", "unit": "unit-tests", "sweeps": "sweeps"}
 LIBRARIES = ["-ladvapi32", "-loleaut32", "-lshlwapi"]
 
