@@ -283,6 +283,7 @@ class Worker:
             yield PROGRAMS.get(folder, "tests"), narrow
         for tests in TESTS[folder]:
             yield PROGRAMS.get(tests, "tests"), suites_of(root, tests)
+        yield "tests", suites_of(root, "stress", "Growth")
         yield "unit-tests", suites_of(root, "unit")
         if folder in QUICK_SWEEPS:
             yield "sweeps", QUICK_SWEEPS[folder]
