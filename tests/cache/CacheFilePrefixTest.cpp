@@ -35,6 +35,7 @@ TEST_F(CreateCacheFileTest, CharactersAfterTheThirdOfThePrefixAreIgnored)
     EXPECT_EQ(tree.Root(), DirectoryOf(cacheFile));
     EXPECT_TRUE(PathExists(cacheFile));
     EXPECT_TRUE(CreateCacheFile(tree.File(L"live"), cacheFile, L"", false, false)) << "an empty prefix is valid";
+    EXPECT_TRUE(CreateCacheFile(tree.File(L"live"), cacheFile, L"a b", false, false)) << "a blank is valid";
 }
 
 // Simulation: memory runs short at each allocation in turn.
