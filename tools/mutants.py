@@ -325,6 +325,7 @@ class Worker:
 
     def _execute(self, program, names, limit):
         """Returns the test that failed, or another reason why the program did not pass, and the seconds it took."""
+        self._remove_leftovers()
         before = os.times().elapsed
         log = f"{self.folder}/output.log"
         with open(log, "wb") as output:
@@ -342,6 +343,12 @@ class Worker:
                 process.wait()
         seconds = os.times().elapsed - before
         return ("" if code == 0 else self._killer(log, code)), seconds
+
+    def _remove_leftovers(self):
+        """Removes what a killed program has left, such as the directory of cache files: it could fail the next run."""
+        drive = f"{self.prefix}/drive_c"
+        for folder in [f"{drive}/#Quorvanta", *glob.glob(f"{drive}/kv*-*")]:
+            shutil.rmtree(folder, ignore_errors=True)
 
     @staticmethod
     def _killer(log, code):
