@@ -25,9 +25,10 @@ GCOV = "x86_64-w64-mingw32-gcov-posix"
 LIBRARY = ["win32", "frame", "paths", "fileops", "volumes", "security", "restore", "cache", "module", "exports"]
 LINES_OF_LIBRARY, BRANCHES_OF_LIBRARY, LINES_OF_AGENT = 98.0, 92.0, 95.0  # percent: the goals
 
-# Programs, and the tests that are left out: those of imports, because the counts need some of their own, and of time.
+# Programs, and the tests that are left out: those of imports, data and stack, because the counts have some of their own,
+# and those of time.
 RUNS = [("tests", "-Imports.*:ListingStress.*Moment"), ("cache-tests", "*"), ("loading-tests", "*"), ("unit-tests", "*"),
-        ("sweeps", "-ImportTable.*"), ("agent-tests", "*")]
+        ("sweeps", "-ImportTable.*:*SharedState*:ThreadsTest.Other*:OverfilledStackBuffer.*"), ("agent-tests", "*")]
 
 
 def wine(*words, **options):

@@ -33,9 +33,16 @@ WIDE = ["contract", "sweeps"]
 # Suites of the program of the sweeps that are quick: filled buffers, and models.
 BUFFERS = "*FilledStackBuffer*:*OverfilledStackBuffer*:GuardedBuffer.*:GuardedHeap.*:GuardedTemporaryDirectoryTest.*"
 FILE_MODELS = "DeletionModelTest.*:CopyModelTest.*:RandomInputTest.Listings*:RandomInputTest.Shares*"
-QUICK_SWEEPS = {"fileops": f"{BUFFERS}:{FILE_MODELS}", "paths": f"{BUFFERS}:{FILE_MODELS}",
-                "win32": f"{BUFFERS}:{FILE_MODELS}", "restore": "RandomInputTest.*", "volumes": BUFFERS,
-                "security": BUFFERS, "cache": BUFFERS, "exports": BUFFERS}
+QUICK_SWEEPS = {
+    "fileops": f"{BUFFERS}:{FILE_MODELS}:*GuardedBufferTest*/List*",
+    "paths": f"{BUFFERS}:{FILE_MODELS}:*ImportSweepTest*/GetFileName",
+    "win32": f"{BUFFERS}:{FILE_MODELS}",
+    "restore": "RandomInputTest.*",
+    "volumes": f"{BUFFERS}:*GuardedBufferTest*/BuildSnapshotFilePath",
+    "security": BUFFERS,
+    "cache": BUFFERS,
+    "exports": BUFFERS,
+}
 PROGRAMS = {"cache": "cache-tests", "loading": "loading-tests", "unit": "unit-tests", "sweeps": "sweeps"}
 LIBRARIES = ["-ladvapi32", "-loleaut32", "-lshlwapi"]
 
@@ -276,6 +283,7 @@ class Worker:
             yield PROGRAMS.get(folder, "tests"), narrow
         for tests in TESTS[folder]:
             yield PROGRAMS.get(tests, "tests"), suites_of(root, tests)
+        yield "tests", suites_of(root, "stress", "Growth")
         yield "unit-tests", suites_of(root, "unit")
         if folder in QUICK_SWEEPS:
             yield "sweeps", QUICK_SWEEPS[folder]
@@ -317,6 +325,7 @@ class Worker:
 
     def _execute(self, program, names, limit):
         """Returns the test that failed, or another reason why the program did not pass, and the seconds it took."""
+        self._remove_leftovers()
         before = os.times().elapsed
         log = f"{self.folder}/output.log"
         with open(log, "wb") as output:
@@ -334,6 +343,12 @@ class Worker:
                 process.wait()
         seconds = os.times().elapsed - before
         return ("" if code == 0 else self._killer(log, code)), seconds
+
+    def _remove_leftovers(self):
+        """Removes what a killed program has left, such as the directory of cache files: it could fail the next run."""
+        drive = f"{self.prefix}/drive_c"
+        for folder in [f"{drive}/#Quorvanta", *glob.glob(f"{drive}/kv*-*")]:
+            shutil.rmtree(folder, ignore_errors=True)
 
     @staticmethod
     def _killer(log, code):

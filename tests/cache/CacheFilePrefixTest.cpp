@@ -16,7 +16,8 @@ std::size_t CountEntries(const std::wstring& directory)
 TEST_F(CreateCacheFileTest, PrefixThatCannotBeginANameIsFalseAndLeavesNothing)
 {
     const std::wstring live = tree.File(LR"(dir\live)", "content");
-    for (const wchar_t* prefix : {LR"(..\)", LR"(a\b)", L"<a>", L"a/b", L"a:b", L"*", L"?", L"\"", L"|", L"\x1F"}) {
+    for (const wchar_t* prefix :
+         {LR"(..\)", LR"(a\b)", L"<a>", L"a/b", L"a:b", L"*", L"?", L"\"", L"|", L"\x1", L"\x1F"}) {
         for (const bool copy : {false, true}) {
             cacheFile = L"unchanged";
             EXPECT_FALSE(CreateCacheFile(live, cacheFile, prefix, false, copy)) << Utf8(prefix);
@@ -35,6 +36,7 @@ TEST_F(CreateCacheFileTest, CharactersAfterTheThirdOfThePrefixAreIgnored)
     EXPECT_EQ(tree.Root(), DirectoryOf(cacheFile));
     EXPECT_TRUE(PathExists(cacheFile));
     EXPECT_TRUE(CreateCacheFile(tree.File(L"live"), cacheFile, L"", false, false)) << "an empty prefix is valid";
+    EXPECT_TRUE(CreateCacheFile(tree.File(L"live"), cacheFile, L"a b", false, false)) << "a blank is valid";
 }
 
 // Simulation: memory runs short at each allocation in turn.

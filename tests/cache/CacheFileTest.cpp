@@ -28,10 +28,11 @@ TEST_F(CreateCacheFileTest, FillsItWithTheLiveFileWhereAsked)
 
 TEST_F(CreateCacheFileTest, TakesThreeCharactersOfThePrefixAndTheExtensionTmp)
 {
-    EXPECT_TRUE(CreateCacheFile(tree.File(L"live"), cacheFile, L"abcdef", false, false));
+    // A number of hexadecimal digits follows the prefix: its fourth character is none of them.
+    EXPECT_TRUE(CreateCacheFile(tree.File(L"live"), cacheFile, L"abcxyz", false, false));
     const std::wstring name = NameOf(cacheFile);
     EXPECT_TRUE(EqualIgnoringCase(L"abc", name.substr(0, 3))) << Utf8(name);
-    EXPECT_NE(L'd', name[3]);
+    EXPECT_NE(L'x', name[3]);
     EXPECT_TRUE(EqualIgnoringCase(L".tmp", name.substr(name.size() - 4))) << Utf8(name);
 }
 

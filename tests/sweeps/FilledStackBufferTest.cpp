@@ -44,7 +44,8 @@ std::wstring Filled(std::size_t capacity)
 // The name of an entry that fills the buffer of Windows' record.
 std::wstring EntryName()
 {
-    return std::wstring(MAX_PATH - (g_terminates ? 1 : 0), L'x');
+    std::wstring name(MAX_PATH - (g_terminates ? 1 : 0), L'x');
+    return name;
 }
 
 wchar_t* __cdecl FillCurrentDirectory(wchar_t* buffer, int capacity)

@@ -10,6 +10,7 @@
 #include "tests/sweeps/SweepGround.h"
 
 #include <algorithm>
+#include <cstring>
 #include <set>
 
 // Failed assertions of the current test.
@@ -17,6 +18,16 @@ inline int FindingsSoFar()
 {
     const ::testing::TestResult& result = *::testing::UnitTest::GetInstance()->current_test_info()->result();
     return static_cast<int>(result.total_part_count());
+}
+
+// The calls without those of clock: it is read once more when the process has run for ten minutes and a keep-alive is due.
+inline std::vector<int> WithoutClock(std::vector<int> calls)
+{
+    const std::span<const FailingImport> imports = FailingImports();
+    for (std::size_t i = 0; i < calls.size(); ++i) {
+        calls[i] = std::strcmp(imports[i].name, "clock") == 0 ? 0 : calls[i];
+    }
+    return calls;
 }
 
 class SweepTest : public EveryFunctionTest {
