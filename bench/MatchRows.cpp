@@ -8,6 +8,8 @@
 
 #include <shlwapi.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cwchar>
 #include <memory>
 
@@ -40,12 +42,18 @@ bool Match(Description& first, Description& second)
     return IsFileDescMatch(first.path, first.spec, first.recursive, second.path, second.spec, second.recursive);
 }
 
+// Looks at each character once.
+std::ptrdiff_t CountStars(BSTR pattern)
+{
+    return std::count(pattern, pattern + ::SysStringLen(pattern), L'*');
+}
+
 // What no implementation can avoid: the upper-case copies and one pass over the patterns.
 void BareCopies(const Description& first, const Description& second)
 {
     const UniqueBstr strings[] = {UpperCopy(first.path), UpperCopy(first.spec), UpperCopy(second.path),
                                   UpperCopy(second.spec)};
-    g_sink = std::wcscmp(strings[1].get(), strings[3].get()) == 0;
+    g_sink = CountStars(strings[1].get()) == CountStars(strings[3].get());
     g_sink = std::wcsncmp(strings[0].get(), strings[2].get(), first.path.size()) == 0;
 }
 

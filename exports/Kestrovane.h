@@ -16,9 +16,18 @@
 ///
 /// ### Threads and process-wide state
 ///
-/// Call the library from one thread at a time. It has one error state and one keep-alive stamp, and no locks. Several
-/// functions change the process's current directory while they run and restore it before they return, also when an
-/// exception leaves them. Those functions say so under "Side effects".
+/// Call the library from one thread at a time: it has one error state and one keep-alive stamp, and no locks. There are
+/// two exceptions, which may run beside each other and beside any call but SetVssFileManagerLogger():
+///
+/// - Functions that use nothing but their arguments and Windows: all of the groups @ref volumes, @ref snapshots,
+///   @ref versions and @ref strings except GetVolumeMaxFreeSpace(), GetAvailableVolumeSpace() and GetTotalVolumeSpace();
+///   IsFileExistsSnap(), getFileSize(), IsFileDescMatch(), MapRestorePath1(), DeleteCacheFileList(), AppendBackslash().
+/// - Functions that use the host's functions as well, which must then be safe in several threads: SendKA(),
+///   DeleteDirectoryRecursive(), MapRestorePath() and the group @ref maps.
+///
+/// The arguments must not be shared while one of the threads changes them. Several other functions change the process's
+/// current directory while they run and restore it before they return, also when an exception leaves them; they say so
+/// under "Side effects". Relative paths of all threads depend on it: use absolute ones.
 ///
 /// ### Paths
 ///

@@ -37,29 +37,23 @@ std::vector<std::wstring> SplitComponents(std::wstring_view directory)
     return components;
 }
 
-// For \\server\share\dir\ the server takes the place of the drive: it cannot be created.
+// For \\server\share\dir\ the server takes the place of the drive: it cannot be created. Requires a trailing backslash.
 CreationPlan PlanShareCreation(std::wstring_view directory)
 {
     constexpr std::size_t kPrefixLength = 2; // characters: the two backslashes
     const auto separator = directory.find(L'\\', kPrefixLength);
-    if (separator == std::wstring_view::npos) {
-        return {{}, SplitComponents(directory.substr(kPrefixLength))};
-    }
     const auto below = directory.substr(separator, directory.size() - separator - 1); // less the trailing backslash
     return {std::wstring(directory.substr(0, separator)), SplitComponents(below)};
 }
 
+// Requires a trailing backslash: the path has no name, then.
 CreationPlan PlanCreation(const std::wstring& path)
 {
     const PathComponents components(path);
     const std::wstring_view directory = components.Directory();
     const bool isShare = directory.size() > 2 && directory.starts_with(LR"(\\)");
-    CreationPlan plan = isShare ? PlanShareCreation(directory)
-                                : CreationPlan{std::wstring(components.Drive()), SplitComponents(directory)};
-    if (!components.Name().empty()) {
-        plan.components.emplace_back(components.Name());
-    }
-    return plan;
+    return isShare ? PlanShareCreation(directory)
+                   : CreationPlan{std::wstring(components.Drive()), SplitComponents(directory)};
 }
 
 void PrintUnreachableDirectory(const std::wstring& directory, int errnoCode)

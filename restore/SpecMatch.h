@@ -72,29 +72,26 @@ private:
         return true;
     }
 
-    // Cuts `plain` after the first occurrence of `piece`. Returns false if there is none.
-    bool CutThrough(std::wstring_view& plain, std::wstring_view piece)
-    {
-        const auto equal = [this](wchar_t a, wchar_t b) { return m_canBeEqual(a, b); };
-        const auto found = std::search(plain.begin(), plain.end(), piece.begin(), piece.end(), equal);
-        const auto start = static_cast<std::size_t>(found - plain.begin());
-        if (piece.size() > plain.size() - start) {
-            return false;
-        }
-        plain.remove_prefix(start + piece.size());
-        return true;
-    }
-
-    // `starred` begins and ends with a star, `plain` has none. The pieces between the stars must occur in their order;
+    // `starred` begins and ends with a star, `plain` has none. Each piece ends at a star. The pieces between the stars must occur in their order;
     // the first occurrence of each leaves the most for the next.
     bool ContainsPieces(std::wstring_view starred, std::wstring_view plain)
     {
-        while (!starred.empty()) {
-            const std::size_t end = std::min(starred.find(kStar), starred.size());
-            if (!CutThrough(plain, starred.substr(0, end))) {
-                return false;
+        auto piece = starred.begin();
+        for (auto place = plain.begin(); piece != starred.end();) {
+            auto inPiece = piece;
+            auto inPlain = place;
+            while (*inPiece != kStar && inPlain != plain.end() && m_canBeEqual(*inPiece, *inPlain)) {
+                ++inPiece;
+                ++inPlain;
             }
-            starred.remove_prefix(std::min(end + 1, starred.size()));
+            if (*inPiece == kStar) {
+                piece = inPiece + 1;
+                place = inPlain;
+            } else if (inPlain == plain.end()) {
+                return false;
+            } else {
+                ++place;
+            }
         }
         return true;
     }

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Checks all sources: lint.sh BUILD_DIRECTORY [shipped]. The directory is configured, for its compile commands. With
-# "shipped", clang-tidy, which takes most of the time, leaves out tests and benchmarks.
+# "shipped", clang-tidy, which takes most of the time, leaves out tests and benchmarks, and the checks of the analyzer.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -11,7 +11,7 @@ longest_file=300 # lines
 
 # Folders of a later layout may be missing.
 folders=()
-for folder in exports win32 frame paths fileops volumes security restore cache module agent bench tests; do
+for folder in exports win32 frame paths fileops volumes security restore cache module agent bench examples tests; do
     [[ -d $folder ]] && folders+=("$folder")
 done
 mapfile -t all < <(find "${folders[@]}" -name '*.cpp' -o -name '*.h' | sort)
@@ -56,13 +56,18 @@ for argument in --target=x86_64-w64-mingw32 -nostdinc++ -nostdlibinc \
     -isystem/usr/x86_64-w64-mingw32/include -Wno-unknown-warning-option; do
     tidy_arguments+=" --extra-arg=$argument"
 done
+if [[ $scope == shipped ]]; then
+    tidy_arguments+=" --checks=-clang-analyzer-*"
+fi
 
 # A source is checked again only when it, a header, the configuration or this file has changed since it passed.
 tidy_one() {
-    local stamp=$1/$2.passed
-    if [[ $stamp -nt $2 && $stamp -nt $1/newest-header ]]; then
-        return
-    fi
+    local stamp=$1/$2.passed-$3 full=$1/$2.passed-all passed
+    for passed in "$stamp" "$full"; do
+        if [[ $passed -nt $2 && $passed -nt $1/newest-header ]]; then
+            return
+        fi
+    done
     mkdir -p "$(dirname "$stamp")"
     # shellcheck disable=SC2086 # one argument a word
     clang-tidy --quiet -p "$1" $tidy_arguments "$2" && touch "$stamp"
@@ -72,11 +77,13 @@ newest=$(ls -t "${headers[@]}" .clang-tidy tests/.clang-tidy tools/lint.sh | sed
 touch -r "$newest" "$work/newest-header"
 
 check_tidy() {
-    local checked=("${sources[@]}")
+    local left_out='^(examples|tests/package|tests/documents)/' checked # built from the package, without compile commands here
     if [[ $scope == shipped ]]; then
-        mapfile -t checked < <(printf '%s\n' "${sources[@]}" | grep -vE '^(tests|bench)/')
+        left_out='^(tests|bench|examples)/'
     fi
-    printf '%s\0' "${checked[@]}" | xargs -0 -n 1 -P "$(nproc)" bash -c 'tidy_one "$0" "$1" || exit 1' "$work"
+    mapfile -t checked < <(printf '%s\n' "${sources[@]}" | grep -vE "$left_out")
+    printf '%s\0' "${checked[@]}" |
+        xargs -0 -n 1 -P "$(nproc)" bash -c 'tidy_one "$0" "$2" "$1" || exit 1' "$work" "$scope"
 }
 
 check clang-format clang-format --dry-run --Werror "${all[@]}"

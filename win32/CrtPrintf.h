@@ -11,7 +11,7 @@
 #include <cstdlib>
 #include <string>
 
-#ifdef _UCRT
+#if defined(_UCRT) || defined(_MSC_VER)
 
 inline int CrtVPrintf(const char* format, va_list arguments)
 {

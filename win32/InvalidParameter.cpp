@@ -6,7 +6,11 @@
 
 #include <cstdlib>
 
-#ifdef _UCRT
+#if defined(_UCRT) || defined(_MSC_VER)
+
+#if !defined(_MSC_VER) // the toolchain's headers do not declare this function of the UCRT
+extern "C" void __cdecl _invalid_parameter_noinfo();
+#endif
 
 void ReportInvalidParameter()
 {

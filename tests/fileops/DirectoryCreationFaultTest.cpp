@@ -49,6 +49,12 @@ int __cdecl ChangeAndRecord(const wchar_t* directory)
     return ::_wchdir(directory);
 }
 
+int __cdecl SeemToChange(const wchar_t* directory)
+{
+    CallLog::Add(std::wstring(L"_wchdir ") + directory);
+    return 0;
+}
+
 wchar_t* __cdecl FailToReadCurrentDirectory(wchar_t* /*buffer*/, int /*room*/)
 {
     errno = ERANGE;
@@ -98,6 +104,34 @@ TEST_F(RecursivelyCreateDirectoryFault, EntersEachDirectoryBeforeTheNextIsMade)
         L"_wchdir " + root, L"_wmkdir " + root + L"\\a", L"_wchdir " + root + L"\\a", L"_wchdir " + before,
     };
     EXPECT_EQ(expected, CallLog::Take());
+}
+
+TEST_F(RecursivelyCreateDirectoryFault, SplitsOddSharePathsAtTheirServer)
+{
+    const struct {
+        const wchar_t* path;
+        StringList expected;
+        const char* why;
+    } cases[] = {
+        {LR"(\\s\x\\)",
+         {L"_wchdir \\\\s", L"_wmkdir \\\\s\\x", L"_wchdir \\\\s\\x"},
+         "one backslash at the end is cut"},
+        {LR"(\\\x\y)",
+         {L"_wchdir \\\\", L"_wmkdir \\\\\\x", L"_wchdir \\\\\\x", L"_wmkdir \\\\\\x\\y", L"_wchdir \\\\\\x\\y"},
+         "the server is empty"},
+        {LR"(\\\)", {L"_wchdir \\\\"}, "nothing but an empty server"},
+        {LR"(\\)", {L"_wchdir "}, "two characters are no server"},
+    };
+    for (const auto& [path, expected, why] : cases) {
+        SCOPED_TRACE(why);
+        const ImportPatch making("_wmkdir", &SeemToMake);
+        const ImportPatch changing("_wchdir", &SeemToChange);
+        EXPECT_TRUE(RecursivelyCreateDirectory(path));
+        StringList calls = CallLog::Take();
+        ASSERT_FALSE(calls.empty());
+        calls.pop_back(); // the way back
+        EXPECT_EQ(expected, calls);
+    }
 }
 
 TEST_F(RecursivelyCreateDirectoryFault, PrintsOneOfThreeTextsByTheRuntimesError)

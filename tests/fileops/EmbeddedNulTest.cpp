@@ -65,6 +65,15 @@ TEST_F(EmbeddedNulTest, LongCleanUpDeletesNothing)
     ExpectTreeIsWhole();
 }
 
+TEST_F(EmbeddedNulTest, LongestPathOfTheDeleterDeletesNothing)
+{
+    constexpr std::size_t kLongestWin32Path = 260; // characters
+    std::wstring directory = WithNul(tree.Path(L"top"), L"");
+    directory.resize(kLongestWin32Path, L'x');
+    EXPECT_FALSE(CleanupDirectory(directory));
+    ExpectTreeIsWhole();
+}
+
 TEST_F(EmbeddedNulTest, DirectoryBeforeTheNulIsCreatedAndChecked)
 {
     const std::wstring directory = tree.Path(L"new.d");

@@ -131,3 +131,12 @@ TEST_F(InvalidNamesSimulation, TreeDeletionRejectsDirectoriesAndFiles)
     EXPECT_TRUE(PathExists(tree.Path(L"victim")));
     EXPECT_TRUE(PathExists(tree.Path(LR"(out\victim)")));
 }
+
+TEST_F(InvalidNamesSimulation, FileWithAnInvalidCharacterIsNotDeleted)
+{
+    tree.File(L"b");
+    SimulatedListing listing;
+    listing.AnswerAll({{L"a?"}, {L"b"}});
+    EXPECT_FALSE(DeleteFilesFilter(tree.Root(), L"*"));
+    EXPECT_TRUE(PathExists(tree.Path(L"b"))) << "later files are not tried";
+}

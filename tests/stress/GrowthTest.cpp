@@ -121,6 +121,16 @@ TEST_F(GrowthTest, UnmatchedMappingAllocatesTwoStrings)
     EXPECT_EQ(2 * 90, allocations(100) - few);
 }
 
+TEST_F(GrowthTest, NoMappingsAllocateOneStringAlone)
+{
+    std::vector<VSS_ALTERNATE_MAPPING> none;
+    std::wstring path = LR"(C:\Live)";
+    std::wstring spec = L"a.txt";
+    const BstrMeter meter;
+    EXPECT_FALSE(MapRestorePath1(path, spec, none));
+    EXPECT_EQ(1, BstrMeter::Allocations());
+}
+
 TEST_F(GrowthTest, CopyAllocatesNothingForItsBytes)
 {
     const std::wstring small = tree.File(L"small", SampleBytes(1));

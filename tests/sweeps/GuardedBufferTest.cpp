@@ -5,6 +5,7 @@
 #include "tests/contract/EveryFunctionFixture.h"
 #include "tests/sweeps/GuardedHeap.h"
 
+#include <cstring>
 #include <cwchar>
 
 namespace {
@@ -30,6 +31,13 @@ void Fill(wchar_t* buffer, DWORD capacity)
 BOOL WINAPI FillVolumePath(const wchar_t* /*path*/, wchar_t* buffer, DWORD capacity)
 {
     Fill(buffer, capacity);
+    return TRUE;
+}
+
+// After its capacity, a BSTR has a terminator.
+BOOL WINAPI OverfillVolumePath(const wchar_t* /*path*/, wchar_t* buffer, DWORD capacity)
+{
+    Fill(buffer, capacity + 2);
     return TRUE;
 }
 
@@ -90,6 +98,19 @@ wchar_t* __cdecl FillCurrentDirectory(wchar_t* buffer, int capacity)
     return buffer;
 }
 
+BOOL WINAPI FillSecurityDescriptor(const wchar_t* /*path*/, SECURITY_INFORMATION /*wanted*/, void* descriptor,
+                                   DWORD size, DWORD* needed)
+{
+    constexpr DWORD kNeeded = 67; // bytes
+    *needed = kNeeded;
+    if (size < kNeeded) {
+        ::SetLastError(ERROR_INSUFFICIENT_BUFFER);
+        return FALSE;
+    }
+    std::memset(descriptor, 0, size);
+    return TRUE;
+}
+
 // The directory of the simulation does not exist.
 int __cdecl ChangeNowhere(const wchar_t* /*directory*/)
 {
@@ -141,6 +162,7 @@ TEST_P(GuardedBufferTest, HoldsAllThatWindowsMayWrite)
     FillAll("GetVolumePathNamesForVolumeNameW", &FillMountPaths);
     FillAll("GetVolumePathNamesForVolumeNameW", &FillLargerMountPaths);
     FillAll("ExpandEnvironmentStringsW", &FillExpansion);
+    FillAll("GetFileSecurityW", &FillSecurityDescriptor);
     const ImportPatch change("_wchdir", &ChangeNowhere);
     FillAll("_wgetcwd", &FillCurrentDirectory);
     const ImportPatch next("FindNextVolumeW", &FillNextVolume);
@@ -179,6 +201,7 @@ TEST_F(GuardedTemporaryDirectoryTest, FillsItsBuffer)
     const ImportPatch directory("GetTempPathW", &FillTemporaryDirectory);
     for (const bool terminates : {true, false}) {
         g_terminates = terminates;
+        const GuardedHeap guarded;
         std::wstring cacheFile;
         EXPECT_FALSE(CreateCacheFile(tree.File(L"a.txt"), cacheFile, L"kvt", true, false)) << "the path is too long";
     }
@@ -189,6 +212,28 @@ TEST(GuardedHeap, ServesTheStringsOfTheLibrary)
     const GuardedHeap guarded;
     EXPECT_FALSE(AppendBackslash(std::wstring(kReadBlock, L'x')).empty());
     EXPECT_LT(1, GuardedHeap::Blocks());
+}
+
+TEST(GuardedHeap, ServesTheBstrStringsOfTheLibrary)
+{
+    const GuardedHeap guarded;
+    CComBSTR path;
+    std::map<std::wstring, std::wstring> snapshots;
+    const int before = GuardedHeap::Blocks();
+    EXPECT_TRUE(BuildSnapshotFilePath(LR"(C:\a)", path, snapshots));
+    EXPECT_LT(before + 3, GuardedHeap::Blocks()) << "the path, the volume path, the key and the result";
+}
+
+TEST(GuardedHeap, EndsTheProcessWhenWindowsFillsABstrByOneCharacterTooMany)
+{
+    const ImportPatch volumePath("GetVolumePathNameW", &OverfillVolumePath);
+    const auto build = [] {
+        const GuardedHeap guarded;
+        CComBSTR path;
+        std::map<std::wstring, std::wstring> snapshots;
+        BuildSnapshotFilePath(LR"(C:\a)", path, snapshots);
+    };
+    EXPECT_DEATH(build(), "");
 }
 
 TEST(GuardedHeap, EndsTheProcessAtAReadAfterABlock)

@@ -2,8 +2,8 @@
 
 #pragma once
 
-// Serves the C++ runtime, and thus every string and container of the process, for its lifetime; one at a time. Blocks may
-// be freed later: the library keeps its last error's string.
+// Serves the C++ runtime, and thus every string and container of the process, and the library's own blocks and BSTR
+// strings for its lifetime; one at a time. Blocks may be freed later: the library keeps its last error's string.
 class GuardedHeap {
 public:
     GuardedHeap();

@@ -8,14 +8,58 @@ namespace {
 
 constexpr std::size_t kLongestPath = 32767; // characters
 
-constexpr const wchar_t* kBeginnings[] = {
-    L"",        L"",       L"",          L"",        LR"(\)",       LR"(\\)",       LR"(C:\)",
-    L"C:",      L"Q:\\",   LR"(\\?\)",   LR"(\\.\)", LR"(\\?\C:\)", LR"(\\?\UNC\)", LR"(\\none\share\)",
+constexpr const wchar_t* kBeginnings[] = {L"",
+                                          L"",
+                                          L"",
+                                          L"",
+                                          LR"(\)",
+                                          LR"(\\)",
+                                          LR"(C:\)",
+                                          LR"(\\.\C:\)",
 
-    LR"(\??\)", LR"(..\)", LR"(..\..\)", LR"(.\)"};
-constexpr const wchar_t* kOddComponents[] = {
-    L".",        L"..", L"...", L"NUL",    L"CON.txt", L"com1",    L"a.", L"a ",      L" a", L"a:b",
-    L":s:$DATA", L"*",  L"?",   L"%TEMP%", L"%s%n",    L"Volume{", L"",   L"a.b.c.d", L"~1", L"\xE9\x416"};
+                                          LR"(\\.\pipe\)",
+                                          LR"(\\?\GLOBALROOT\Device\)",
+                                          LR"(\\none)",
+                                          L"C:",
+                                          L"Q:\\",
+                                          LR"(\\?\)",
+                                          LR"(\\.\)",
+                                          LR"(\\?\C:\)",
+                                          LR"(\\?\UNC\)",
+                                          LR"(\\none\share\)",
+
+                                          LR"(\??\)",
+                                          LR"(..\)",
+                                          LR"(..\..\)",
+                                          LR"(.\)"};
+constexpr const wchar_t* kOddComponents[] = {L".",
+                                             L"..",
+                                             L"...",
+                                             L"NUL",
+                                             L"CON.txt",
+                                             L"com1",
+                                             L"AUX",
+                                             L"prn.txt",
+                                             L"LPT1",
+                                             L"COM\xB9",
+                                             L"CONIN$",
+
+                                             L"a:stream:$DATA",
+                                             L"a. . ",
+                                             L"a.",
+                                             L"a ",
+                                             L" a",
+                                             L"a:b",
+                                             L":s:$DATA",
+                                             L"*",
+                                             L"?",
+                                             L"%TEMP%",
+                                             L"%s%n",
+                                             L"Volume{",
+                                             L"",
+                                             L"a.b.c.d",
+                                             L"~1",
+                                             L"\xE9\x416"};
 
 } // namespace
 

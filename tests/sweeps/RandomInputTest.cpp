@@ -4,30 +4,17 @@
 
 #include "tests/sweeps/RandomInput.h"
 #include "tests/contract/EveryFunctionFixture.h"
+#include "tests/sweeps/FuzzSettings.h"
 #include "tests/sweeps/MappingModel.h"
 #include "tests/sweeps/SweepGround.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
+#include <iterator>
 #include <set>
 
 namespace {
 
-constexpr int kUsualCalls = 50000;
-constexpr std::uint64_t kUsualSeed = 20240229;
-
-std::uint64_t Setting(const char* name, std::uint64_t usual)
-{
-    const char* value = std::getenv(name);
-    return value == nullptr ? usual : std::strtoull(value, nullptr, 10);
-}
-
-// The tenths of all calls that one test makes.
-int Share(int tenths)
-{
-    return static_cast<int>(Setting("KESTROVANE_FUZZ_CALLS", kUsualCalls)) / 10 * tenths;
-}
 constexpr int kShareOfArguments = 3; // these calls change files: the slow ones
 constexpr int kShareOfPatterns = 4;
 constexpr int kShareOfMappings = 3;
@@ -53,12 +40,13 @@ bool LeadsOut(const std::wstring& path)
            steps > kMostSteps || path.find(L"%") != std::wstring::npos;
 }
 
-// Names of devices, which exist everywhere: some rows expect a file that is missing.
+// Names of devices, which exist everywhere: some rows expect a file that is missing. A test of its own passes them.
 bool NamesDevice(const std::wstring& path)
 {
+    constexpr const wchar_t* kDevices[] = {L"NUL", L"CON", L"COM", L"AUX", L"PRN", L"LPT"};
     const std::wstring upper = WString2UpperCase(path);
-    return upper.find(L"NUL") != std::wstring::npos || upper.find(L"CON") != std::wstring::npos ||
-           upper.find(L"COM1") != std::wstring::npos;
+    return std::any_of(std::begin(kDevices), std::end(kDevices),
+                       [&](const wchar_t* device) { return upper.find(device) != std::wstring::npos; });
 }
 
 struct Argument {
@@ -86,7 +74,7 @@ class RandomInputTest : public LibraryTest {
 protected:
     void SetUp() override
     {
-        m_seed = Setting("KESTROVANE_FUZZ_SEED", kUsualSeed);
+        m_seed = FuzzSeed();
         std::printf("Random input: seed %llu\n", static_cast<unsigned long long>(m_seed));
         std::fflush(stdout);
         input = RandomInput(m_seed);
@@ -163,7 +151,7 @@ TEST_F(RandomInputTest, IsHandledByEveryStringArgument)
     const std::vector<Argument> arguments = AllArguments();
     const int handles = OpenHandleCount();
     int made = 0;
-    for (int call = 0; made < Share(kShareOfArguments) && !HasFailure(); ++call) {
+    for (int call = 0; made < FuzzShare(kShareOfArguments) && !HasFailure(); ++call) {
         const auto& [function, argument] = arguments[input.Below(arguments.size())];
         const std::wstring path = input.Path();
         if ((argument.effect == Effect::kChanges && LeadsOut(path)) || NamesDevice(path)) {
@@ -187,10 +175,43 @@ TEST_F(RandomInputTest, IsHandledByEveryStringArgument)
     RecordProperty("calls", made);
 }
 
+TEST_F(RandomInputTest, DevicesAreReadLikeEmptyFilesOrNotAtAll)
+{
+    constexpr const wchar_t* kDevices[] = {L"NUL",   L"nul.txt", L"AUX",     L"PRN",        L"COM1",         L"LPT1.a",
+                                           L"CON:x", L"CONIN$",  L"COM\xB9", LR"(\\.\NUL)", LR"(\\?\C:\NUL)"};
+    constexpr const wchar_t* kBefore[] = {L"", LR"(C:\)", LR"(.\)", LR"(missing\)"};
+    const std::wstring directory = tree.Directory(L"copies");
+    const WorkingDirectory in(tree.Root());
+    for (const wchar_t* before : kBefore) {
+        for (const wchar_t* device : kDevices) {
+            std::wstring path = std::wstring(before) + device;
+            SCOPED_TRACE(Utf8(path));
+            EXPECT_EQ(0, getFileSize(path));
+            static_cast<void>(isDirectoryExists(path));
+            static_cast<void>(isFileExists(path));
+            static_cast<void>(IsCanReplaceFile(path));
+            const std::wstring target = directory + LR"(\copy)";
+            EXPECT_TRUE(DoCopyComponentFile(path, target) == 0 || ReadFileBytes(target).empty());
+            ::DeleteFileW(target.c_str());
+        }
+    }
+    EXPECT_TRUE(EntriesOf(directory).empty());
+}
+
+TEST_F(RandomInputTest, SharesOfVolumesBecomeLocalPaths)
+{
+    for (int call = 0; call < FuzzShare(1) && !HasFailure(); ++call) {
+        const std::wstring drive = input.Of(L"CDe", 1) + L"F";
+        const std::wstring rest = L"\\" + input.Of(L"aB. $\\\xE9", 20);
+        const std::wstring share = LR"(\\server)" + input.Of(L"a.-", 5) + LR"(\volume$)" + drive + rest;
+        EXPECT_EQ(drive + L":" + rest, GetPathFileTranslate(share)) << Title(Utf8(share).c_str(), call);
+    }
+}
+
 TEST_F(RandomInputTest, PatternsOverlapAsThePlainRecursionSays)
 {
     int overlaps = 0;
-    for (int call = 0; call < Share(kShareOfPatterns) && !HasFailure(); ++call) {
+    for (int call = 0; call < FuzzShare(kShareOfPatterns) && !HasFailure(); ++call) {
         std::wstring first = input.Of(L"aAb.*?", 8);
         std::wstring second = input.Of(L"aAb.*?", 8);
         std::wstring path = L"C:";
@@ -199,13 +220,13 @@ TEST_F(RandomInputTest, PatternsOverlapAsThePlainRecursionSays)
             << Title("IsFileDescMatch", call) << ": " << Utf8(first) << " and " << Utf8(second);
         overlaps += expected ? 1 : 0;
     }
-    EXPECT_LT(Share(kShareOfPatterns) / 20, overlaps) << "the patterns hardly ever overlap";
+    EXPECT_LT(FuzzShare(kShareOfPatterns) / 20, overlaps) << "the patterns hardly ever overlap";
 }
 
 TEST_F(RandomInputTest, MappingsCoverWhatTheirDescriptionSays)
 {
     int covered = 0;
-    for (int call = 0; call < Share(kShareOfMappings) / 2 && !HasFailure(); ++call) {
+    for (int call = 0; call < FuzzShare(kShareOfMappings) / 2 && !HasFailure(); ++call) {
         std::vector<VSS_ALTERNATE_MAPPING> mappings(input.Below(4));
         for (VSS_ALTERNATE_MAPPING& mapping : mappings) {
             mapping = {RandomDirectory(input, 4), input.Of(L"XY\\", 3), input.Of(L"a.*?", 3), input.OneIn(2)};
@@ -222,14 +243,14 @@ TEST_F(RandomInputTest, MappingsCoverWhatTheirDescriptionSays)
             covered += found ? 1 : 0;
         }
     }
-    EXPECT_LT(Share(kShareOfMappings) / 20, covered) << "the mappings hardly ever cover a file";
+    EXPECT_LT(FuzzShare(kShareOfMappings) / 20, covered) << "the mappings hardly ever cover a file";
 }
 
 TEST_F(RandomInputTest, ListingsAreThoseOfTheStandardLibrary)
 {
     constexpr int kCallsOfOneTree = 2500;
     constexpr int kFiles = 20;
-    for (int round = 0; round <= Share(10) / kCallsOfOneTree && !HasFailure(); ++round) {
+    for (int round = 0; round <= FuzzShare(10) / kCallsOfOneTree && !HasFailure(); ++round) {
         SCOPED_TRACE(Title("tree", round));
         const std::wstring top = L"top" + std::to_wstring(round);
         std::wstring directory = top;

@@ -3,6 +3,7 @@
 #include "frame/LogSinks.h"
 
 #include "tests/support/CapturedOutput.h"
+#include "tests/support/MemoryMeters.h"
 
 #include <gtest/gtest.h>
 
@@ -46,6 +47,16 @@ TEST(DefaultLogSink, PrintsATextOfAnyLength)
     CapturedOutput output;
     DefaultLogSink(0, format.c_str());
     EXPECT_EQ("Kestrovane: " + format, output.Text());
+}
+
+// A simulation: the prefixed format cannot be allocated.
+TEST(DefaultLogSink, PrintsTheSameWithoutMemory)
+{
+    const HeapMeter memory;
+    CapturedOutput output;
+    HeapMeter::Run(1, HeapMeter::Shortage::kFromThenOn, [] { DefaultLogSink(2, "a long format with %d\n", 7); });
+    EXPECT_TRUE(HeapMeter::HasFailed());
+    EXPECT_EQ("Kestrovane: a long format with 7\n", output.Text());
 }
 
 TEST(PlainLogSink, PrintsTheFormattedTextAlone)

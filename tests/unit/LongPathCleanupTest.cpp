@@ -3,6 +3,7 @@
 
 #include "tests/support/SilentHost.h"
 #include "tests/support/TestDirectory.h"
+#include "tests/support/WorkingDirectory.h"
 
 #include "frame/FileManager.h"
 
@@ -77,9 +78,41 @@ TEST_F(LongPathCleanupTest, ADirectoryThatCannotBeRemovedIsNoFailure)
     EXPECT_FALSE(PathExists(tree.Path(L"a"))) << "the others are removed all the same";
 }
 
-TEST_F(LongPathCleanupTest, OfAMissingOrEmptyPathIsFalseWithoutAReport)
+TEST_F(LongPathCleanupTest, OfAMissingPathIsFalseWithoutAReport)
 {
     EXPECT_FALSE(manager.CleanUpLongPath(tree.Path(L"missing")));
-    EXPECT_FALSE(manager.CleanUpLongPath(L""));
     EXPECT_EQ(0, g_reports);
+}
+
+TEST_F(LongPathCleanupTest, OfAnEmptyPathLeavesTheCurrentDirectory)
+{
+    tree.Files({L"f", LR"(a\f)"});
+    const WorkingDirectory in(tree.Root());
+    EXPECT_FALSE(manager.CleanUpLongPath(L""));
+    EXPECT_FALSE(manager.RemoveOneDirectory(L""));
+    EXPECT_EQ(0, g_reports);
+    EXPECT_TRUE(PathExists(tree.Path(L"f")));
+    EXPECT_TRUE(PathExists(tree.Path(LR"(a\f)")));
+}
+
+TEST_F(LongPathCleanupTest, DirectoryThatIsMissingOrInvalidIsNotRemoved)
+{
+    EXPECT_FALSE(manager.RemoveOneDirectory(tree.Path(L"missing")));
+    EXPECT_EQ(L"errno: 2 " + tree.Path(LR"(missing\)"), manager.GetErrorText());
+    ::SetLastError(ERROR_SUCCESS); // nothing to report
+    EXPECT_FALSE(manager.RemoveOneDirectory(tree.Path(L"a?")));
+    EXPECT_EQ(L"", manager.GetErrorText());
+}
+
+TEST_F(LongPathCleanupTest, RecordsWhichDirectoryCannotBeRemoved)
+{
+    const std::wstring directory = tree.Directory(L"a") + L"\\";
+    {
+        const LockedFile locked(directory, GENERIC_READ, FILE_SHARE_READ);
+        EXPECT_TRUE(manager.RemoveOneDirectory(directory));
+        EXPECT_EQ(L"errno: 13 " + directory, manager.GetErrorText());
+    }
+    EXPECT_TRUE(manager.RemoveOneDirectory(directory));
+    EXPECT_EQ(L"", manager.GetErrorText());
+    EXPECT_FALSE(PathExists(directory));
 }

@@ -1,0 +1,27 @@
+# Blocks of code in Markdown documents.
+
+# Writes the fenced blocks of one language, joined in their order, to a file of the build directory.
+function(kestrovane_fenced_blocks document language output)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${document})
+    file(READ ${document} rest)
+    set(joined "")
+    set(fence "\n```")
+    string(LENGTH "${fence}${language}\n" opening)
+    while(TRUE)
+        string(FIND "${rest}" "${fence}${language}\n" begin)
+        if(begin EQUAL -1)
+            break()
+        endif()
+        math(EXPR begin "${begin} + ${opening}")
+        string(SUBSTRING "${rest}" ${begin} -1 rest)
+        string(FIND "${rest}" "${fence}" end)
+        math(EXPR end "${end} + 1") # with its line end
+        string(SUBSTRING "${rest}" 0 ${end} block)
+        string(APPEND joined "${block}\n")
+        string(SUBSTRING "${rest}" ${end} -1 rest)
+    endwhile()
+    if(joined STREQUAL "")
+        message(FATAL_ERROR "${document} has no block of ${language}")
+    endif()
+    file(GENERATE OUTPUT ${output} CONTENT "${joined}")
+endfunction()
