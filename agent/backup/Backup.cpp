@@ -223,7 +223,7 @@ void Backup::CountRemoved(const SourceTree& tree)
         return !present.contains(file.name) && m_options.selection.TakesFile(NameOf(file.name)) &&
                !ReadInformation(Join(m_paths.Root(), file.name));
     };
-    const auto& former = m_former.Files();
+    const std::vector<ManifestFile> former = m_former.Files();
     m_report.Set("removed", std::count_if(former.begin(), former.end(), isRemoved));
 }
 

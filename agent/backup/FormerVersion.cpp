@@ -11,22 +11,35 @@ FormerVersion::FormerVersion(const std::vector<Version>& versions)
     const std::vector<Version> newestFirst(versions.rbegin(), versions.rend());
     for (const Version& version : newestFirst) {
         std::wstring error;
-        if (auto read = LoadManifest(version.folder, error); read && read->isIntact) {
-            m_version = version;
-            m_read = std::move(*read);
-            break;
+        auto read = LoadManifest(version.folder, error);
+        if (read && read->isIntact) {
+            m_versions.push_back({version, std::move(*read)});
+            if (m_versions.back().read.manifest.complete) {
+                break;
+            }
         }
     }
-    m_files.reserve(m_read.manifest.files.size());
-    for (const ManifestFile& file : m_read.manifest.files) {
-        m_files.emplace(file.name, &file);
+    for (const LoadedVersion& version : m_versions) {
+        for (const ManifestFile& file : version.read.manifest.files) {
+            m_files.emplace(file.name, Entry{&file, &version.version}); // the newest one stays
+        }
     }
+}
+
+std::wstring FormerVersion::Original() const
+{
+    return m_versions.empty() ? L"" : m_versions.front().read.manifest.original;
+}
+
+std::vector<ManifestFile> FormerVersion::Files() const
+{
+    return m_versions.empty() ? std::vector<ManifestFile>() : m_versions.back().read.manifest.files;
 }
 
 const ManifestFile* FormerVersion::Find(const std::wstring& name) const
 {
-    const auto file = m_files.find(name);
-    return file == m_files.end() ? nullptr : file->second;
+    const auto entry = m_files.find(name);
+    return entry == m_files.end() ? nullptr : entry->second.file;
 }
 
 bool FormerVersion::HoldsUnchanged(const ManifestFile& former, const FileInformation& now) const
@@ -40,7 +53,7 @@ bool FormerVersion::HoldsUnchanged(const ManifestFile& former, const FileInforma
 
 std::wstring FormerVersion::CopyOf(const ManifestFile& file) const
 {
-    return Join(m_version.folder, file.stored);
+    return Join(m_files.at(file.name).version->folder, file.stored);
 }
 
 } // namespace agent

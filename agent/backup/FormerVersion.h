@@ -15,14 +15,15 @@ class FormerVersion {
 public:
     FormerVersion() = default; // no version
 
-    // Takes the newest of the versions whose manifest can be read and trusted.
+    // Takes the newest complete one of the versions whose manifest can be read and trusted, and what incomplete ones after
+    // it hold: a backup that failed must not make the next one copy everything again.
     explicit FormerVersion(const std::vector<Version>& versions);
 
     FormerVersion(FormerVersion&&) = default;
     FormerVersion& operator=(FormerVersion&&) = default;
 
     // The directory that it is a version of; empty without a version.
-    [[nodiscard]] const std::wstring& Original() const { return m_read.manifest.original; }
+    [[nodiscard]] std::wstring Original() const;
 
     // The entry of a file, nothing for a new one.
     [[nodiscard]] const ManifestFile* Find(const std::wstring& name) const;
@@ -32,12 +33,17 @@ public:
 
     [[nodiscard]] std::wstring CopyOf(const ManifestFile& file) const;
 
-    [[nodiscard]] const std::vector<ManifestFile>& Files() const { return m_read.manifest.files; }
+    // The files of the complete one.
+    [[nodiscard]] std::vector<ManifestFile> Files() const;
 
 private:
-    Version m_version;
-    ReadManifest m_read;
-    std::unordered_map<std::wstring, const ManifestFile*> m_files;
+    struct Entry {
+        const ManifestFile* file;
+        const Version* version;
+    };
+
+    std::vector<LoadedVersion> m_versions; // the newest first
+    std::unordered_map<std::wstring, Entry> m_files;
 };
 
 } // namespace agent

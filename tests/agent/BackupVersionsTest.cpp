@@ -117,6 +117,25 @@ TEST_F(BackupVersionsTest, KeepRemovesNothingAfterAnIncompleteRun)
     EXPECT_FALSE(Manifest()["complete"].get<bool>());
 }
 
+TEST_F(BackupVersionsTest, AfterAnIncompleteRunLinkWhatItAndTheCompleteOneHold)
+{
+    live.File(L"a.txt", "unchanged");
+    live.File(L"b.txt", "first");
+    live.File(L"c.txt", "first");
+    BackUp();
+    live.File(L"b.txt", "second!");
+    live.File(L"c.txt", "second!");
+    {
+        const LockedFile held(live.Path(L"b.txt"), GENERIC_READ, 0);
+        BackUp({L"--exclude", L"a.txt"}, 3); // holds c.txt alone
+    }
+    const auto report = BackUp();
+    EXPECT_EQ(2, report["unchanged"]);
+    EXPECT_EQ(1, report["changed"]);
+    EXPECT_EQ(0, report["new"]);
+    RunForJson({L"verify", Backup()}, 0);
+}
+
 TEST_F(BackupVersionsTest, ARestoreTakesTheNewestCompleteOne)
 {
     live.File(L"a.txt", "complete");
@@ -177,6 +196,7 @@ TEST_F(BackupVersionsTest, OfFormat1AreListedShownAndVerified)
     // A backup of format 1: the files and the manifest directly in the target, directories as strings.
     auto manifest = Manifest();
     manifest["format"] = 1;
+    manifest.erase("manifestSha256");
     manifest["directories"] = {"sub"};
     store.File(L"flat\\a.txt", "abc");
     store.File(L"flat\\kestrovane-manifest.json", manifest.dump());
