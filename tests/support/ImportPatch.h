@@ -25,7 +25,7 @@ public:
 
     // The function that stood there before.
     template <typename Function>
-    Function* Original() const
+    [[nodiscard]] Function* Original() const
     {
         return reinterpret_cast<Function*>(m_original);
     }
