@@ -53,7 +53,7 @@ void AddRestoreCommand(CommandSet& commands)
     command.Choice<Overwrite>(
         "--overwrite", options->overwrite,
         {{"always", Overwrite::kAlways}, {"if-newer", Overwrite::kIfNewer}, {"never", Overwrite::kNever}},
-        "When a file that exists is replaced");
+        "Replaces existing files");
     command.Flag("--dry-run", options->dryRun,
                  "Shows what would be done, what is missing and what would not fit, and changes nothing");
     command.Flag("--security", options->security, "Restores security descriptors, where the backup holds them");
