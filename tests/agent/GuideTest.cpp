@@ -102,6 +102,10 @@ protected:
         for (std::string word; words >> word;) {
             arguments.emplace_back(word.begin(), word.end());
         }
+        if (arguments.empty()) {
+            ADD_FAILURE() << "a prompt without a command";
+            return {};
+        }
         const std::wstring program = arguments.front();
         arguments.erase(arguments.begin());
         if (program == L"del") {

@@ -133,6 +133,7 @@ TEST_F(DeletionModelTest, MakesTheSameCallsAsItsModel)
         EXPECT_EQ("", FirstDifference(expected.script, actual.script));
         EXPECT_EQ(expectedResult, result);
         EXPECT_EQ(expectedError, error);
+        g_tree = nullptr;
         deleted += result != 0 ? 1 : 0;
     }
     EXPECT_LT(static_cast<std::size_t>(rounds) / 10, deleted) << "hardly any tree is deleted";
