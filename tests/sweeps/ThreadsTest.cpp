@@ -94,7 +94,12 @@ std::vector<ExportedFunction> FunctionsWith(bool threadSafe)
     return functions;
 }
 
-class ThreadsTest : public LibraryTest {};
+// Does not count handles, unlike LibraryTest: threads that wait for each other open one, once in a process, and keep it.
+class ThreadsTest : public ::testing::Test {
+protected:
+    HostRecorder host;
+    TestDirectory tree;
+};
 
 std::atomic<int> g_lines = 0;
 
