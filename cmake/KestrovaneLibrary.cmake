@@ -54,6 +54,8 @@ target_include_directories(kestrovane INTERFACE
 target_compile_features(kestrovane INTERFACE cxx_std_17) # what the public headers need
 
 if(MINGW)
+    # Sections that begin at a page of the file are mapped at a load; others would have to be read.
+    target_link_options(kestrovane PRIVATE LINKER:--file-alignment,4096)
     kestrovane_join_import_library(kestrovane liboleaut32.a)
     target_compile_options(kestrovane_objects PRIVATE $<$<CONFIG:Release>:-g>)
     kestrovane_split_symbols(kestrovane)
