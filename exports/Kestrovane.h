@@ -237,7 +237,7 @@ KESTROVANE_API bool GetUniqueVolumeNameForPathNoThrow(std::wstring path, std::ws
 /// `\\server.domain\share\f`.
 ///
 /// @param[in] path  With or without a trailing backslash.
-/// @return As GetUniqueVolumeNameForPath(), from which only server names of shares are changed.
+/// @return What GetUniqueVolumeNameForPath() returns; changed only if it is a share with a dot.
 /// @logs         Nothing.
 /// @sideeffects  None but the last error: after a failure, that of the call that failed.
 /// @raises       std::bad_alloc if memory runs out.
@@ -380,7 +380,7 @@ KESTROVANE_API bool isFileExists(const std::wstring& path);
 /// @param[in] path  In the ANSI code page. A null pointer is true.
 /// @return False if the attributes cannot be read.
 /// @logs         Nothing.
-/// @sideeffects  None.
+/// @sideeffects  After a failure, the last error is that of the query.
 /// @raises       Nothing.
 KESTROVANE_API bool IsFileExistsSnap(char* path);
 
@@ -390,7 +390,9 @@ KESTROVANE_API bool IsFileExistsSnap(char* path);
 /// @return True if the file is missing or can be opened exclusively for writing. True, too, for a file that may not be
 ///         read. False after a sharing violation, and if the file may not be written.
 /// @logs         The last error, for an empty or invalid path.
-/// @sideeffects  The file is opened for writing without sharing for a moment; its content is not changed.
+/// @sideeffects  The file is opened for writing without sharing for a moment; its content is not changed. The current
+///               directory is changed and restored for a path that begins with `..\`. The last error and errno are
+///               those of the attempts.
 /// @raises       std::bad_alloc if memory runs out.
 KESTROVANE_API bool IsCanReplaceFile(std::wstring& path);
 
@@ -646,7 +648,7 @@ KESTROVANE_API bool RestoreFileListCache(std::map<std::wstring, std::wstring>& c
 /// @param[in] path2       Directory of the second description; it is not changed.
 /// @param[in] spec2       Its file pattern; it is not changed.
 /// @param[in] recursive2  Its recursive flag.
-/// @return True also for a name that both could cover, whether it exists or not.
+/// @return True if they overlap. Whether such a file exists is not checked.
 /// @logs         Nothing.
 /// @sideeffects  None.
 /// @raises       CAtlException (0x8007000E) if a string cannot be allocated.
