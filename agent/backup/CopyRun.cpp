@@ -9,12 +9,17 @@
 #include "agent/platform/Streams.h"
 
 #include <algorithm>
+#include <atomic>
+#include <future>
+#include <utility>
 
 namespace agent {
 
 namespace {
 
 constexpr std::int64_t kWatchedSize = 8LL << 20U; // bytes: the copy of a smaller file takes no time to watch
+constexpr std::size_t kBatch = 1024;              // files whose links are made together
+constexpr int kLinkThreads = 4;                   // with more, links are made no faster
 constexpr DWORD kPollInterval = 100;              // milliseconds
 constexpr DWORD kPollsPerSecond = 1000 / kPollInterval;
 
@@ -43,26 +48,87 @@ CopyRun::CopyRun(const std::wstring& folder, const FormerVersion& former, const 
 
 void CopyRun::Copy(const std::vector<TreeEntry>& files, StoredNames& names, Progress& progress)
 {
-    auto left = static_cast<std::int64_t>(files.size());
-    for (const TreeEntry& file : files) {
-        if (IsInterrupted() || m_isFull) {
-            break;
+    std::size_t taken = 0;
+    for (std::size_t first = 0; first < files.size() && !MustEnd(); first += kBatch) {
+        const std::size_t count = std::min(kBatch, files.size() - first);
+        std::vector<Step> steps = StepsFor({files.data() + first, count}, names);
+        LinkUnchanged(steps);
+        for (Step& step : steps) {
+            if (step.isLinked || !MustEnd()) {
+                Take(std::move(step), progress);
+                ++taken;
+            }
         }
-        const std::wstring stored = names.Add(file.name);
-        const std::wstring target = Join(m_folder, stored);
-        if (file.information.size >= kWatchedSize) {
-            progress.Watch(target);
-        }
-        Begin({&file, stored, target, m_former.Find(file.name), {}, false});
-        progress.FileDone(file.information.size);
-        --left;
     }
     while (m_retriesLeft > 0 && !m_inUse.empty() && !IsInterrupted()) {
         Retry(progress);
     }
+    const auto left = static_cast<std::int64_t>(files.size() - taken);
     if (m_isFull && left > 0) {
         m_report.Fail(m_folder, std::to_wstring(left) + L" files are not backed up, because the volume is full", left);
     }
+}
+
+bool CopyRun::MustEnd() const
+{
+    return m_isFull || IsInterrupted();
+}
+
+std::vector<CopyRun::Step> CopyRun::StepsFor(std::span<const TreeEntry> files, StoredNames& names) const
+{
+    std::vector<Step> steps;
+    steps.reserve(files.size());
+    for (const TreeEntry& file : files) {
+        const std::wstring stored = names.Add(file.name);
+        steps.push_back({&file, stored, Join(m_folder, stored), m_former.Find(file.name), {}, false, false});
+    }
+    return steps;
+}
+
+// On several threads: nearly all of the time of a link is Windows' own. None of them calls the library.
+void CopyRun::LinkUnchanged(std::vector<Step>& steps) const
+{
+    if (std::none_of(steps.begin(), steps.end(), [](const Step& step) { return step.former != nullptr; })) {
+        return;
+    }
+    std::atomic<std::size_t> next = 0;
+    const auto link = [&] {
+        for (std::size_t i = next++; i < steps.size() && !IsInterrupted(); i = next++) {
+            LinkIfUnchanged(steps[i]);
+        }
+    };
+    std::vector<std::future<void>> threads;
+    for (int i = 0; i < kLinkThreads; ++i) {
+        threads.push_back(std::async(std::launch::async, link));
+    }
+    for (std::future<void>& thread : threads) {
+        thread.get();
+    }
+}
+
+// Links may fail: the volume has none, or the file too many. The file is copied then.
+void CopyRun::LinkIfUnchanged(Step& step) const
+{
+    if (step.former == nullptr || IsTooLong(step.target)) {
+        return;
+    }
+    step.before = ReadInformation(step.source->path).value_or(FileInformation());
+    step.isLinked = m_former.HoldsUnchanged(*step.former, step.before) &&
+                    ::CreateHardLinkW(step.target.c_str(), m_former.CopyOf(*step.former).c_str(), nullptr);
+}
+
+void CopyRun::Take(Step step, Progress& progress)
+{
+    const std::int64_t size = step.source->information.size;
+    if (step.isLinked) {
+        Record(step, step.former->digest);
+    } else {
+        if (size >= kWatchedSize) {
+            progress.Watch(step.target);
+        }
+        Begin(std::move(step));
+    }
+    progress.FileDone(size);
 }
 
 void CopyRun::Begin(Step step)
@@ -75,21 +141,9 @@ void CopyRun::Begin(Step step)
     step.before = *information;
     if (IsTooLong(step.target)) {
         m_report.Fail(step.source->path, L"the path of its copy has more than 259 characters");
-    } else if (!LinkUnchanged(step)) {
+    } else {
         CopyStep(std::move(step));
     }
-}
-
-bool CopyRun::LinkUnchanged(const Step& step)
-{
-    if (step.former == nullptr || !m_former.HoldsUnchanged(*step.former, step.before)) {
-        return false;
-    }
-    if (!::CreateHardLinkW(step.target.c_str(), m_former.CopyOf(*step.former).c_str(), nullptr)) {
-        return false; // the volume has no links, or the file too many
-    }
-    Record(step, step.former->digest);
-    return true;
 }
 
 void CopyRun::CopyStep(Step step)

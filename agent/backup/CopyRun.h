@@ -10,6 +10,7 @@
 #include "agent/platform/FileCopy.h"
 #include "agent/platform/TreeWalk.h"
 
+#include <span>
 #include <string>
 #include <vector>
 
@@ -37,12 +38,17 @@ private:
         std::wstring target;
         const ManifestFile* former = nullptr;
         FileInformation before;
+        bool isLinked = false;
         bool isShared = false;
     };
 
+    [[nodiscard]] bool MustEnd() const;
+    std::vector<Step> StepsFor(std::span<const TreeEntry> files, StoredNames& names) const;
+    void LinkUnchanged(std::vector<Step>& steps) const;
+    void LinkIfUnchanged(Step& step) const;
+    void Take(Step step, Progress& progress);
     void Begin(Step step);
     void CopyStep(Step step);
-    bool LinkUnchanged(const Step& step);
     void Retry(Progress& progress);
     [[nodiscard]] bool WaitForRetry() const;
     void Record(const Step& step, const FileDigest& digest);
