@@ -15,6 +15,7 @@ namespace {
 namespace fs = std::filesystem;
 
 const std::wstring kBackup = kRoot + LR"(\agent-backup)";
+const std::wstring kFirst = kRoot + LR"(\agent-first)";
 const std::wstring kRestored = kRoot + LR"(\agent-restored)";
 const std::wstring kPlain = kRoot + LR"(\agent-plain)";
 
@@ -40,14 +41,14 @@ void Run(const std::wstring& arguments)
 
 void Clear()
 {
-    for (const std::wstring& directory : {kRestored, kPlain}) {
+    for (const std::wstring& directory : {kRestored, kPlain, kFirst}) {
         fs::remove_all(directory);
     }
 }
 
-void Backup(const std::wstring& source)
+void Backup(const std::wstring& source, const std::wstring& target)
 {
-    Run(L"backup \"" + source + L"\" \"" + kBackup + L"\"");
+    Run(L"backup \"" + source + L"\" \"" + target + L"\"");
 }
 
 void Restore()
@@ -55,17 +56,18 @@ void Restore()
     Run(L"restore \"" + kBackup + L"\" --to \"" + kRestored + L"\"");
 }
 
-// A first backup, one after which nothing has changed, and a restore of it.
+// A first backup, a second one of the same files beside another first one, and a restore.
 std::vector<Row> RowsOf(const std::string& group, const std::string& what, const std::wstring& source)
 {
-    const auto backup = [source] { Backup(source); };
+    const auto backup = [source] { Backup(source, kBackup); };
+    const auto first = [source] { Backup(source, kFirst); };
     const auto plain = [source] { PlainBackup(source, kPlain); };
     const auto clearAll = [] {
         Clear();
         fs::remove_all(kBackup);
     };
     return {{group, "backup of " + what, backup, plain, {}, {}, clearAll, kFewRounds},
-            {group, "second backup, " + what + " unchanged", backup, plain, {}, {}, &Clear, kFewRounds},
+            {group, "second backup of " + what + ", beside a first", backup, first, {}, {}, &Clear, kFewRounds},
             {group, "restore of " + what, &Restore, plain, {}, {}, &Clear, kFewRounds}};
 }
 

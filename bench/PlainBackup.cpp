@@ -59,12 +59,12 @@ void PlainBackup(const std::wstring& source, const std::wstring& target)
     Hasher hasher;
     const fs::path root = source;
     const fs::path copy = target;
+    fs::create_directories(copy);
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(root)) {
         const fs::path place = copy / entry.path().lexically_relative(root);
         if (entry.is_directory()) {
-            fs::create_directories(place);
+            fs::create_directory(place);
         } else {
-            fs::create_directories(place.parent_path());
             fs::copy_file(entry.path(), place, fs::copy_options::overwrite_existing);
             hasher.Hash(place);
         }
