@@ -5,6 +5,8 @@
 #include "tests/support/AgentTest.h"
 #include "tests/support/FileLockerProcess.h"
 
+#include <memory>
+
 class BackupContentTest : public AgentTest {
 protected:
     Json BackUp(std::vector<std::wstring> options = {}, DWORD exitCode = 0) const
@@ -130,13 +132,12 @@ TEST_F(BackupContentTest, AFileInUseIsTriedAgain)
 {
     live.File(L"free.txt");
     const std::wstring busy = live.File(L"busy.txt", "busy");
+    auto held = std::make_unique<LockedFile>(busy, GENERIC_READ, 0);
     AgentProcess agent({L"backup", live.Root(), Backup(), L"--retry", L"100", L"--wait", L"1"});
-    {
-        const LockedFile held(busy, GENERIC_READ, 0);
-        while (Versions().empty() || !PathExists(Copy(L"free.txt"))) {
-            ::Sleep(1);
-        }
+    while (Versions().empty() || !PathExists(Copy(L"free.txt"))) {
+        ::Sleep(1);
     }
+    held.reset();
     EXPECT_EQ(0U, agent.Wait().exitCode);
     EXPECT_EQ("busy", ReadFileBytes(Copy(L"busy.txt")));
 }
@@ -168,13 +169,15 @@ TEST_F(BackupContentTest, ANameThatNoWindowsVolumeCanHoldIsNamed)
 
 TEST_F(BackupContentTest, AManifestThatCannotBeWrittenIsNothingDone)
 {
-    live.File(L"a.txt", SampleBytes(2000000));
-    AgentProcess agent({L"--json", L"backup", live.Root(), Backup()});
+    const std::wstring busy = live.File(L"busy.txt");
+    auto held = std::make_unique<LockedFile>(busy, GENERIC_READ, 0); // keeps the agent from the manifest
+    AgentProcess agent({L"--json", L"backup", live.Root(), Backup(), L"--retry", L"100", L"--wait", L"1"});
     while (Versions().empty()) {
         ::Sleep(1);
     }
     // A directory takes the place of the file that would become the manifest.
     ::CreateDirectoryW(Copy(L"kestrovane-manifest.json.new").c_str(), nullptr);
+    held.reset();
     const AgentResult result = agent.Wait();
     EXPECT_EQ(1U, result.exitCode) << result.output;
     EXPECT_NE(std::string::npos, result.output.find("kestrovane-manifest.json"));

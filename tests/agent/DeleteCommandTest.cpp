@@ -95,7 +95,7 @@ TEST_F(DeleteCommandTest, NamesWhatStoppedIt)
 
 TEST_F(DeleteCommandTest, EndsBetweenTwoFilesAtAnInterrupt)
 {
-    constexpr int kFiles = 3000; // enough to be at work still when the interrupt comes
+    constexpr int kFiles = 6000; // enough to be at work still when the interrupt comes
     for (int i = 0; i < kFiles; ++i) {
         live.File(L"many\\" + std::to_wstring(10000 + i), "");
     }
