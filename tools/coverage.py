@@ -31,11 +31,22 @@ RUNS = [("tests", "-Imports.*:ListingStress.*Moment"), ("cache-tests", "*"), ("l
         ("sweeps", "-ImportTable.*:*SharedState*:ThreadsTest.Other*:OverfilledStackBuffer.*"), ("agent-tests", "*")]
 
 
-def wine(*words, **options):
+# Tests that are scripts, because they need a terminal or a restart.
+SCRIPTS = [("tests/agent/progress.sh", "agent"), ("tests/restart/restart.sh", "restart-tests")]
+
+
+def run(*command, **options):
     environment = {**os.environ, "KESTROVANE_PREFIX": PREFIX, "GCOV_PREFIX": r"C:\counts",
                    "GCOV_PREFIX_STRIP": str(BUILD.count("/"))}
-    return subprocess.run([f"{ROOT}/tools/wine.sh", *words], env=environment, check=False, stdin=subprocess.DEVNULL,
-                          **options).returncode
+    return subprocess.run(command, env=environment, check=False, stdin=subprocess.DEVNULL, **options).returncode
+
+
+def wine(*words, **options):
+    return run(f"{ROOT}/tools/wine.sh", *words, **options)
+
+
+def in_prefix(program):
+    return f"C:\\programs\\coverage\\kestrovane-{program}.exe"
 
 
 def run_tests():
@@ -46,11 +57,16 @@ def run_tests():
         for file in glob.glob(f"{build}/bin/*.exe") + glob.glob(f"{build}/bin/*.dll"):
             shutil.copy2(file, PROGRAMS)
     failed = []
+
+    def logged(name, start, *command):
+        with open(f"{BUILD}/{name}.log", "wb") as log:
+            if start(*command, stdout=log, stderr=subprocess.STDOUT) != 0:
+                failed.append(f"build/coverage/{name}.log")
+
     for program, names in RUNS:
-        with open(f"{BUILD}/{program}.log", "wb") as log:
-            if wine(f"C:\\programs\\coverage\\kestrovane-{program}.exe", f"--gtest_filter={names}", "--gtest_brief=1",
-                    stdout=log, stderr=subprocess.STDOUT) != 0:
-                failed.append(f"build/coverage/{program}.log")
+        logged(program, wine, in_prefix(program), f"--gtest_filter={names}", "--gtest_brief=1")
+    for script, program in SCRIPTS:
+        logged(os.path.basename(script), run, f"{ROOT}/{script}", f"{ROOT}/tools/wine.sh", in_prefix(program))
     return failed
 
 
