@@ -13,6 +13,7 @@
 #include <shellapi.h>
 
 #include <exception>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,9 @@ std::vector<std::wstring> Arguments()
 {
     int count = 0;
     const agent::UniqueLocal<wchar_t*> strings(::CommandLineToArgvW(::GetCommandLineW(), &count));
+    if (strings == nullptr) {
+        throw std::runtime_error("Windows cannot split the command line");
+    }
     return {strings.get() + 1, strings.get() + count};
 }
 

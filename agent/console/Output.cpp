@@ -101,7 +101,9 @@ std::optional<std::wstring> OpenOutput(const OutputOptions& options)
 {
     Streams& streams = TheStreams();
     streams.options = options;
-    streams.result = DuplicateOutput();
+    if (streams.result == nullptr) { // the library's redirection would be taken for the output
+        streams.result = DuplicateOutput();
+    }
     RedirectLibrary(options.verbose);
     if (options.log.empty()) {
         return std::nullopt;

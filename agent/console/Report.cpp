@@ -192,7 +192,11 @@ int Report::FinishObject(ExitCode code)
     if (IsJson()) {
         PrintJson(code);
     }
-    return IsOutputLost() ? kNothingDone : code;
+    if (IsOutputLost()) {
+        WriteMessage(L"standard output cannot be written");
+        return kNothingDone;
+    }
+    return code;
 }
 
 } // namespace agent

@@ -49,17 +49,6 @@ FileInformation InformationOf(const WIN32_FIND_DATAW& entry)
     return FromData(entry);
 }
 
-bool SetTimes(const std::wstring& path, FileTime created, FileTime modified)
-{
-    // Directories can be opened with backup semantics alone.
-    const UniqueHandle file = Own(::CreateFileW(path.c_str(), FILE_WRITE_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING,
-                                                FILE_FLAG_BACKUP_SEMANTICS, nullptr));
-    const FILETIME creation = ToWindows(created);
-    const FILETIME lastWrite = ToWindows(modified);
-    return file != nullptr && ::SetFileTime(file.get(), created == 0 ? nullptr : &creation, nullptr,
-                                            modified == 0 ? nullptr : &lastWrite) != FALSE;
-}
-
 bool IsDirectoryOnDevice(const std::wstring& path)
 {
     const auto information = ReadInformation(Join(path, L""));

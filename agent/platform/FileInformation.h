@@ -30,9 +30,6 @@ FILETIME ToWindows(FileTime time);
 std::optional<FileInformation> ReadInformation(const std::wstring& path);
 FileInformation InformationOf(const WIN32_FIND_DATAW& entry);
 
-// Sets the times of a file or directory. A time of 0 stays as it is. On failure the last error tells why.
-bool SetTimes(const std::wstring& path, FileTime created, FileTime modified);
-
 // Whether there is a directory to be searched, also on a snapshot device, which no process can change into.
 bool IsDirectoryOnDevice(const std::wstring& path);
 

@@ -82,7 +82,7 @@ TEST_F(CommandLineTest, MessagesAreAppendedToTheLogFile)
     const std::string content = ReadFileBytes(log);
     EXPECT_EQ(0U, content.find("before\r\n"));
     EXPECT_NE(std::string::npos, content.find(Utf8(live.Path(L"missing"))));
-    EXPECT_EQ(2U, RunAgent({L"platform", L"--log", store.Path(L"no\\such\\log")}).exitCode);
+    RunForJson({L"platform", L"--log", store.Path(L"no\\such\\log")}, 2);
 }
 
 TEST_F(CommandLineTest, QuietWritesFailuresAndResultsAlone)
