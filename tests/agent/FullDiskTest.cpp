@@ -21,11 +21,10 @@ protected:
 
     static AgentResult RunOnFullDisk(std::vector<std::wstring> arguments, const std::wstring& below, int writes)
     {
-        const std::wstring program = AgentProgram();
         arguments.insert(arguments.begin(), L"--json");
         ::SetEnvironmentVariableW(L"KESTROVANE_FULL_BELOW", below.c_str());
         ::SetEnvironmentVariableW(L"KESTROVANE_FULL_AFTER", std::to_wstring(writes).c_str());
-        AgentProcess agent(arguments, program.substr(0, program.rfind(L'\\') + 1) + L"kestrovane-full-disk.dll");
+        AgentProcess agent(arguments, BesideTheAgent(L"kestrovane-full-disk.dll"));
         return agent.Wait();
     }
 

@@ -50,12 +50,17 @@ std::wstring Quoted(const std::wstring& argument)
 
 } // namespace
 
-std::wstring AgentProgram()
+std::wstring BesideTheAgent(const std::wstring& name)
 {
     wchar_t path[MAX_PATH] = {};
     ::GetModuleFileNameW(nullptr, path, MAX_PATH);
     const std::wstring program = path;
-    return program.substr(0, program.rfind(L'\\') + 1) + L"kestrovane-agent.exe";
+    return program.substr(0, program.rfind(L'\\') + 1) + name;
+}
+
+std::wstring AgentProgram()
+{
+    return BesideTheAgent(L"kestrovane-agent.exe");
 }
 
 AgentProcess::AgentProcess(const std::vector<std::wstring>& arguments)

@@ -15,6 +15,9 @@ struct AgentResult {
 
 std::wstring AgentProgram(); // its path
 
+// The path of another file in the directory of the agent and of the tests.
+std::wstring BesideTheAgent(const std::wstring& name);
+
 // Runs the agent with the arguments to its end.
 AgentResult RunAgent(const std::vector<std::wstring>& arguments);
 

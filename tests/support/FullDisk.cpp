@@ -2,6 +2,8 @@
 // KESTROVANE_FULL_BELOW, so many operations as KESTROVANE_FULL_AFTER that take space succeed. The next write stores half of its
 // bytes, and everything after it fails with ERROR_DISK_FULL.
 
+#include "tests/support/ImportSlots.h"
+
 #include <windows.h>
 
 #include <atomic>
@@ -82,44 +84,20 @@ BOOL WINAPI CreateLinkOnFullDisk(LPCWSTR link, LPCWSTR target, LPSECURITY_ATTRIB
     return (!IsBelow(std::wstring(link)) || TakeSpace()) && ::CreateHardLinkW(link, target, security);
 }
 
-BYTE* At(HMODULE module, DWORD offset)
-{
-    return reinterpret_cast<BYTE*>(module) + offset;
-}
-
-void Replace(ULONG_PTR& slot, const char* function)
+void PatchImports(HMODULE module)
 {
     const std::pair<const char*, void*> replacements[] = {
         {"WriteFile", reinterpret_cast<void*>(&WriteToFullDisk)},
         {"CreateFileW", reinterpret_cast<void*>(&CreateOnFullDisk)},
         {"CreateDirectoryW", reinterpret_cast<void*>(&CreateDirectoryOnFullDisk)},
         {"CreateHardLinkW", reinterpret_cast<void*>(&CreateLinkOnFullDisk)}};
-    for (const auto& [name, replacement] : replacements) {
-        if (std::strcmp(name, function) == 0) {
-            DWORD protection = 0;
-            ::VirtualProtect(&slot, sizeof(slot), PAGE_READWRITE, &protection);
-            slot = reinterpret_cast<ULONG_PTR>(replacement);
-            ::VirtualProtect(&slot, sizeof(slot), protection, &protection);
-        }
-    }
-}
-
-void PatchImports(HMODULE module)
-{
-    const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(module);
-    const auto* headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(At(module, static_cast<DWORD>(dos->e_lfanew)));
-    const auto& imports = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
-    auto* descriptor = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR*>(At(module, imports.VirtualAddress));
-    for (; descriptor->Name != 0; ++descriptor) {
-        auto* name = reinterpret_cast<IMAGE_THUNK_DATA*>(At(module, descriptor->OriginalFirstThunk));
-        auto* slot = reinterpret_cast<IMAGE_THUNK_DATA*>(At(module, descriptor->FirstThunk));
-        for (; name->u1.AddressOfData != 0; ++name, ++slot) {
-            if (!IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal)) {
-                const auto offset = static_cast<DWORD>(name->u1.AddressOfData);
-                Replace(slot->u1.Function, reinterpret_cast<IMAGE_IMPORT_BY_NAME*>(At(module, offset))->Name);
+    VisitImports(module, [&](const char* /*library*/, const char* function, void** slot) {
+        for (const auto& [name, replacement] : replacements) {
+            if (std::strcmp(name, function) == 0) {
+                ExchangeImport(slot, replacement);
             }
         }
-    }
+    });
 }
 
 } // namespace
