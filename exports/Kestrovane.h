@@ -20,8 +20,9 @@
 /// two exceptions, which may run beside each other and beside any call but SetVssFileManagerLogger():
 ///
 /// - Functions that use nothing but their arguments and Windows: all of the groups @ref volumes, @ref snapshots,
-///   @ref versions and @ref strings except GetVolumeMaxFreeSpace(), GetAvailableVolumeSpace() and GetTotalVolumeSpace();
-///   IsFileExistsSnap(), getFileSize(), IsFileDescMatch(), MapRestorePath1(), DeleteCacheFileList(), AppendBackslash().
+///   @ref versions and @ref strings, but not GetVolumeMaxFreeSpace(), GetAvailableVolumeSpace() and
+///   GetTotalVolumeSpace(); IsFileExistsSnap(), getFileSize(), IsFileDescMatch(), MapRestorePath1(),
+///   DeleteCacheFileList(), AppendBackslash().
 /// - Functions that use the host's functions as well, which must then be safe in several threads: SendKA(),
 ///   DeleteDirectoryRecursive(), MapRestorePath() and the group @ref maps.
 ///

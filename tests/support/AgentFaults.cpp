@@ -70,31 +70,15 @@ constexpr FailingAgentCall kFailing[] = {
 };
 
 constexpr const char* kSound[] = {
-    "BCryptCloseAlgorithmProvider",
-    "BCryptDestroyHash",
-    "CloseHandle",
-    "FindClose",
-    "LocalFree", // closing alone
-    "GetCommandLineW",
-    "GetCurrentProcess",
-    "GetLastError",
-    "GetStdHandle",
-    "GetSystemTimeAsFileTime",
-    "GetTickCount64",
-    "SetLastError",
-    "Sleep", // without a failing result
-    "DeleteCriticalSection",
-    "EnterCriticalSection",
-    "GetStartupInfoA",
-    "InitializeCriticalSection",
-    "LeaveCriticalSection",
-    "SetUnhandledExceptionFilter",
-    "TlsGetValue",
-    "VirtualProtect",
-    "VirtualQuery",
-    "__C_specific_handler",
-    "IsDBCSLeadByteEx", // start-up and runtime
-};
+    // They close something.
+    "BCryptCloseAlgorithmProvider", "BCryptDestroyHash", "CloseHandle", "FindClose", "LocalFree",
+    // They have no failing result, or fail for wrong arguments alone.
+    "CompareStringOrdinal", "GetCommandLineW", "GetCurrentProcess", "GetLastError", "GetStdHandle",
+    "GetSystemTimeAsFileTime", "GetTickCount64", "SetLastError", "Sleep",
+    // The runtime calls them, mostly at the start.
+    "DeleteCriticalSection", "EnterCriticalSection", "GetStartupInfoA", "InitializeCriticalSection", "IsDBCSLeadByteEx",
+    "LeaveCriticalSection", "SetUnhandledExceptionFilter", "TlsGetValue", "VirtualProtect", "VirtualQuery",
+    "__C_specific_handler"};
 
 std::string JoinedNames()
 {
