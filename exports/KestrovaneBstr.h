@@ -98,7 +98,7 @@ public:
     /// @return This object.
     CComBSTR& operator=(const OLECHAR* string)
     {
-        if (string != m_str || string == nullptr) {
+        if (string != m_str) {
             Attach(Allocated(string));
         }
         return *this;

@@ -79,9 +79,8 @@ class Library:
         self.narrow = narrow  # without the suites that cover every function
         self.build = f"{root}/build/release"
         self.base = self._copy_of_build()
-        with open(f"{self.build}/compile_commands.json", encoding="utf-8") as commands:
-            self.commands = {entry["file"]: shlex.split(entry["command"]) for entry in json.load(commands)
-                             if "kestrovane_objects.dir" in entry["command"]}
+        self.commands = self._commands_of("kestrovane_objects.dir")
+        self.test_commands = self._commands_of("kestrovane-unit-tests.dir/unit/")
         self.compiler = next(iter(self.commands.values()))[0]
         if "ccache" in self.compiler:
             self.compiler = next(iter(self.commands.values()))[1]
@@ -90,6 +89,11 @@ class Library:
         self.times = {}  # seconds of each run without a mutation
         self.killers = collections.defaultdict(collections.Counter)  # by file
         self.common = self._compile_common()
+
+    def _commands_of(self, objects):
+        with open(f"{self.build}/compile_commands.json", encoding="utf-8") as commands:
+            return {entry["file"]: shlex.split(entry["command"]) for entry in json.load(commands)
+                    if objects in entry["command"]}
 
     def _copy_of_build(self):
         """Copies what the programs are linked from: the build may change while mutations are tested."""
@@ -102,10 +106,13 @@ class Library:
 
     def command_for(self, source, output):
         """The command that compiles a source. Its last word is the source."""
-        command = list(self.commands[f"{self.root}/{source}"])
+        path = f"{self.root}/{source}"
+        command = list(self.commands.get(path) or self.test_commands[path])
         command = command[command.index(self.compiler):]
         command[command.index("-o") + 1] = output
-        return [word for word in command if word not in ("-g", "-Werror")]
+        if "-include" in command:  # a precompiled header would hold the source without a mutation
+            del command[command.index("-include"):command.index("-include") + 2]
+        return [word for word in command if word not in ("-g", "-Werror", "-Winvalid-pch")]
 
     def _compile_common(self):
         folder = f"{self.root}/build/mutate/common"
@@ -137,7 +144,10 @@ class Library:
         used = self.users.get(file, [])
         if file == "exports/KestrovaneBstr.h":
             used = [source for source in used if self._mentions(source, "CComBSTR|Bstr|FileDesc")]
-        return used
+        # The linker takes an inline function from the tests' objects, if it is there.
+        include = f'#include ["<](.*/)?{re.escape(os.path.basename(file))}[">]'
+        tests = [os.path.relpath(path, self.root) for path in self.test_commands]
+        return used + [test for test in tests if self._mentions(test, include)]
 
     def _mentions(self, source, pattern):
         with open(f"{self.root}/{source}", encoding="utf-8") as text:
@@ -264,9 +274,11 @@ class Worker:
 
     def _link_unit_tests(self, changed):
         tests = f"{self.library.base}/tests/CMakeFiles/kestrovane-unit-tests.dir"
+        objects = [changed.get("tests/" + os.path.relpath(file, tests).removesuffix(".obj"), file)
+                   for file in glob.glob(f"{tests}/**/*.obj", recursive=True)]
         archives = [f"{self.library.base}/lib/{name}" for name in ("libkestrovane_test_support.a", "libgtest.a")]
         self._link(["-o", f"{self.programs}/kestrovane-unit-tests.exe",
-                    *glob.glob(f"{tests}/**/*.obj", recursive=True), *self._objects(changed), *archives])
+                    *objects, *self._objects(changed), *archives])
 
     def _link(self, words):
         subprocess.run([self.library.compiler, "-s", "-fstack-protector-strong", *words, *LIBRARIES],

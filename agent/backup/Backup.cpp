@@ -186,7 +186,7 @@ void Backup::FailDirectory(const std::wstring& path, const std::wstring& name, s
     const std::wstring reason = L"the directory cannot be created: " + LastReason();
     const auto count = static_cast<std::int64_t>(
         std::erase_if(files, [&](const TreeEntry& file) { return file.name.starts_with(Join(name, L"")); }));
-    m_report.Fail(path, reason + L"; its " + std::to_wstring(count) + L" files are not backed up", count);
+    m_report.Fail(path, reason + L"; not backed up: " + Counted(count, L"file"), count);
 }
 
 ManifestDirectory Backup::Describe(const TreeEntry& directory)

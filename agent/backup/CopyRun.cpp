@@ -65,7 +65,7 @@ void CopyRun::Copy(const std::vector<TreeEntry>& files, StoredNames& names, Prog
     }
     const auto left = static_cast<std::int64_t>(files.size() - taken);
     if (m_isFull && left > 0) {
-        m_report.Fail(m_folder, std::to_wstring(left) + L" files are not backed up, because the volume is full", left);
+        m_report.Fail(m_folder, L"the volume is full; not backed up: " + Counted(left, L"file"), left);
     }
 }
 

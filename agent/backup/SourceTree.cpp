@@ -4,6 +4,7 @@
 
 #include "agent/backup/ManifestNames.h"
 #include "agent/console/Progress.h"
+#include "agent/console/Report.h"
 #include "agent/platform/Encoding.h"
 #include "agent/platform/Paths.h"
 
@@ -76,9 +77,9 @@ public:
     {
         for (const auto& [directory, files] : m_tooLong) {
             m_tree.failures.push_back({directory,
-                                       std::to_wstring(files) +
-                                           L" files here and below are not backed up: their paths, or those of their "
-                                           L"copies, have more than 259 characters; a shorter TARGET may help",
+                                       L"not backed up here and below, because a path or that of its copy has more "
+                                       L"than 259 characters: " +
+                                           Counted(files, L"file") + L"; a shorter TARGET may help",
                                        files});
         }
         return std::move(m_tree);

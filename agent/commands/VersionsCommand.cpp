@@ -50,8 +50,8 @@ void Show(const Version& version, Report& report)
                                 {"state", row.state},
                                 {"files", row.files},
                                 {"bytes", row.bytes}});
-    WriteResult((row.name.empty() ? L"(format 1)" : row.name) + L"  " + std::to_wstring(row.files) + L" files, " +
-                std::to_wstring(row.bytes) + L" bytes, " + row.state + L"\n");
+    WriteResult((row.name.empty() ? L"(format 1)" : row.name) + L"  " + Counted(row.files, L"file") + L", " +
+                Counted(row.bytes, L"byte") + L", " + row.state + L"\n");
 }
 
 int RunVersions(const std::wstring& path)

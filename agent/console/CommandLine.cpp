@@ -66,7 +66,7 @@ public:
         } catch (const CLI::Success& /*help*/) {
             return Inform("help", FitToTerminal(m_app.help("", CLI::AppFormatMode::All)), json);
         } catch (const CLI::ParseError& error) {
-            return RejectUsage(error.what(), json);
+            return RejectUsage(m_app.get_subcommands().empty() ? WhyNoCommand() : error.what(), json);
         }
         if (const auto reason = OpenOutput(m_output)) {
             return RejectUsage("the log file " + Utf8(m_output.log) + " cannot be opened: " + Utf8(*reason), json);
@@ -77,6 +77,12 @@ public:
     }
 
 private:
+    [[nodiscard]] std::string WhyNoCommand() const
+    {
+        const std::vector<std::string> unknown = m_app.remaining();
+        return unknown.empty() ? "a command is missing" : unknown.front() + " is neither a command nor an option";
+    }
+
     static int Inform(const std::string& subject, const std::string& content, bool json)
     {
         OpenOutput({json, false, false, {}});

@@ -3,6 +3,7 @@
 #include "agent/console/Progress.h"
 
 #include "agent/console/Output.h"
+#include "agent/console/Report.h"
 #include "agent/platform/FileInformation.h"
 
 #include <algorithm>
@@ -37,7 +38,7 @@ Progress::Progress(const std::wstring& stage, std::int64_t files, std::int64_t b
     if (HasStatusLine()) {
         m_drawing = std::thread([this] { Draw(); });
     } else if (!IsQuiet()) {
-        WriteResult(stage + L": " + std::to_wstring(files) + L" files, " + Mebibytes(bytes) + L"\n");
+        WriteResult(stage + L": " + Counted(files, L"file") + L", " + Mebibytes(bytes) + L"\n");
     }
 }
 
@@ -102,7 +103,7 @@ std::int64_t Progress::BytesSoFar() const
 std::wstring Progress::Line()
 {
     if (m_isScan) {
-        return m_stage + L": " + std::to_wstring(m_done) + L" files";
+        return m_stage + L": " + Counted(m_done, L"file");
     }
     return m_stage + L" " + Bar(BytesSoFar());
 }

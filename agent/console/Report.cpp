@@ -71,6 +71,11 @@ struct ValueToJson : ScalarToJson {
 
 } // namespace
 
+std::wstring Counted(std::int64_t number, std::wstring_view noun)
+{
+    return std::to_wstring(number) + L" " + std::wstring(noun) + (number == 1 ? L"" : L"s");
+}
+
 Report::Value& Report::Row(const std::string& name, Value initial)
 {
     const auto row = std::find_if(m_rows.begin(), m_rows.end(), [&](const auto& r) { return r.first == name; });

@@ -24,6 +24,9 @@ enum ExitCode : int {
 using Scalar = std::variant<std::int64_t, double, bool, std::wstring>;
 using Item = std::vector<std::pair<std::string, Scalar>>;
 
+// "1 file", "2 files".
+std::wstring Counted(std::int64_t number, std::wstring_view noun);
+
 class Report {
 public:
     explicit Report(std::string command) : m_command(std::move(command)) {}

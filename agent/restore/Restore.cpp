@@ -86,7 +86,7 @@ void Restore::Execute(const RestorePlan& plan)
     const DirectorySet directories = StagingDirectories(plan);
     if (const std::int64_t deleted = DeleteLeftovers(directories); deleted > 0) {
         m_report.Set("leftovers", deleted);
-        m_report.Note(std::to_wstring(deleted) + L" unfinished files of an earlier restore were deleted");
+        m_report.Note(L"deleted what an earlier restore has not finished: " + Counted(deleted, L"file"));
     }
     RestoreRecord record(directories);
     if (!record.Problem().empty()) {
@@ -110,8 +110,8 @@ void Restore::ReportMissingSecurity(const RestorePlan& plan)
                                        [](const RestoreStep& step) { return step.file.security.empty(); });
     if (m_options.security && missing > 0) {
         m_report.Set("withoutSecurity", missing);
-        m_report.Note(L"the backup holds no security descriptors for " + std::to_wstring(missing) +
-                      L" files; `backup --security` stores them");
+        m_report.Note(L"the backup holds no security descriptor for " + Counted(missing, L"file") +
+                      L"; `backup --security` stores them");
         m_report.SetInPart();
     }
 }

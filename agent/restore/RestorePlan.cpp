@@ -3,6 +3,7 @@
 #include "agent/restore/RestorePlan.h"
 
 #include "agent/console/Output.h"
+#include "agent/console/Report.h"
 #include "agent/platform/IgnoringCase.h"
 #include "agent/platform/Paths.h"
 #include "agent/restore/NameFilter.h"
@@ -169,9 +170,9 @@ private:
             WriteResult(path + L" is left out: no mapping covers it\n");
         }
         m_report.Set("leftOut", static_cast<std::int64_t>(m_leftOut.size()));
-        m_report.Note(
-            std::to_wstring(m_leftOut.size()) +
-            L" files that no mapping covers are left out; --unmapped in-place restores them to their own places");
+        m_report.Note(L"left out, because no mapping covers it: " +
+                      Counted(static_cast<std::int64_t>(m_leftOut.size()), L"file") +
+                      L"; --unmapped in-place restores such files to their own places");
         m_report.SetInPart();
     }
 

@@ -75,6 +75,21 @@ TEST_F(CommandLineTest, AnEnumOptionShowsItsValuesAndItsDefault)
     EXPECT_NE(std::string::npos, help.find("(default: always)")) << help;
 }
 
+TEST_F(CommandLineTest, AnUnknownCommandIsNamed)
+{
+    const auto reasonOf = [](const Json& report) { return report["failures"][0]["reason"].get<std::string>(); };
+    EXPECT_EQ("restor is neither a command nor an option", reasonOf(RunForJson({L"restor"}, 2)));
+    EXPECT_EQ("a command is missing", reasonOf(RunForJson({}, 2)));
+    EXPECT_EQ("DIR is required", reasonOf(RunForJson({L"backup"}, 2)));
+}
+
+TEST_F(CommandLineTest, OneFileIsCountedInTheSingular)
+{
+    live.File(L"a.txt");
+    EXPECT_NE(std::string::npos, RunAgent({L"backup", live.Root(), Backup()}).output.find(": 1 file,"));
+    EXPECT_NE(std::string::npos, RunAgent({L"versions", Backup()}).output.find("  1 file, 1 byte, complete"));
+}
+
 TEST_F(CommandLineTest, MessagesAreAppendedToTheLogFile)
 {
     const std::wstring log = store.File(L"agent.log", "before\r\n");

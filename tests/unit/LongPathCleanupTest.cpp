@@ -15,9 +15,11 @@ namespace {
 
 int g_reports = 0;
 
-void CountReport(const wchar_t* /*expression*/, const wchar_t* /*function*/, const wchar_t* /*file*/, unsigned /*line*/,
-                 std::uintptr_t /*reserved*/)
+// Only debug runtimes tell more than that there is an invalid parameter.
+void CountReport(const wchar_t* expression, const wchar_t* function, const wchar_t* file, unsigned line,
+                 std::uintptr_t reserved)
 {
+    EXPECT_TRUE(expression == nullptr && function == nullptr && file == nullptr && line == 0 && reserved == 0);
     ++g_reports;
 }
 
