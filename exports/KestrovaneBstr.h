@@ -19,6 +19,7 @@
 
 #include <oleauto.h>
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -87,9 +88,7 @@ public:
     /// @return This object.
     CComBSTR& operator=(CComBSTR&& other) noexcept
     {
-        if (this != std::addressof(other)) {
-            Attach(other.Detach());
-        }
+        Attach(other.Detach());
         return *this;
     }
 
@@ -123,11 +122,8 @@ public:
     /// @return S_OK, E_INVALIDARG for a null pointer or a negative length, or E_OUTOFMEMORY.
     HRESULT Append(const OLECHAR* characters, int length) noexcept
     {
-        if (length == 0) {
-            return S_OK;
-        }
-        if (characters == nullptr || length < 0) {
-            return E_INVALIDARG;
+        if (characters == nullptr || length <= 0) {
+            return length == 0 ? S_OK : E_INVALIDARG;
         }
         const unsigned int old = Length();
         const auto added = static_cast<unsigned int>(length);
@@ -138,12 +134,8 @@ public:
         if (joined == nullptr) {
             return E_OUTOFMEMORY;
         }
-        for (unsigned int i = 0; i < old; ++i) {
-            joined[i] = m_str[i];
-        }
-        for (unsigned int i = 0; i < added; ++i) {
-            joined[old + i] = characters[i];
-        }
+        std::copy_n(m_str, old, joined);
+        std::copy_n(characters, added, joined + old);
         Attach(joined);
         return S_OK;
     }
@@ -153,7 +145,7 @@ public:
     /// @return S_OK or E_OUTOFMEMORY.
     HRESULT Append(const OLECHAR* string) noexcept
     {
-        return string == nullptr ? S_OK : Append(string, ::lstrlenW(string));
+        return Append(string, ::lstrlenW(string)); // a null string has no length
     }
 
     /// Appends a string, embedded NULs included. On failure, the string is unchanged.
@@ -208,9 +200,7 @@ private:
         }
         OLECHAR* const allocated = Checked(::SysAllocStringLen(characters, static_cast<unsigned int>(length)), true);
         if (characters == nullptr) { // Windows does not initialise the characters
-            for (int i = 0; i < length; ++i) {
-                allocated[i] = L'\0';
-            }
+            std::fill_n(allocated, length, L'\0');
         }
         return allocated;
     }

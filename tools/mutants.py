@@ -218,15 +218,16 @@ class Worker:
         changed = f"{self.folder}/{mutation.file}"
         os.makedirs(os.path.dirname(changed), exist_ok=True)
         objects = {}
+        sources = self.library.sources_to_compile(mutation.file)
+        plain = {source: self._plain_hash(source) for source in sources}  # before the changed header is there
         try:
-            for source in self.library.sources_to_compile(mutation.file):
-                plain = self._plain_hash(source)
+            for source in sources:
                 with open(changed, "w", encoding="utf-8") as file:
                     file.write(text)
                 output = self._compile_one(source)
                 if output is None:
                     return "invalid"
-                if self._hash(output) != plain:
+                if self._hash(output) != plain[source]:
                     objects[source] = output
         finally:
             if os.path.exists(changed):

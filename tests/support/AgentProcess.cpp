@@ -9,6 +9,8 @@
 namespace {
 
 constexpr DWORD kPatience = 120000; // milliseconds
+constexpr DWORD kPause = 100;       // milliseconds
+constexpr int kAttempts = 5;
 
 // A file takes the output, so that neither side ever waits for the other.
 HANDLE TemporaryFile()
@@ -94,9 +96,17 @@ void AgentProcess::Start(const std::vector<std::wstring>& arguments, HANDLE outp
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdOutput = output;
     startup.hStdError = m_messages;
-    EXPECT_TRUE(::CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, CREATE_NEW_PROCESS_GROUP | flags,
-                                 nullptr, nullptr, &startup, &m_process))
-        << "error " << ::GetLastError();
+    const auto create = [&] {
+        return ::CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, CREATE_NEW_PROCESS_GROUP | flags,
+                                nullptr, nullptr, &startup, &m_process) != FALSE;
+    };
+    bool isCreated = create();
+    // Wine cannot start a process now and then on a busy machine, about once in a thousand times.
+    for (int attempt = 1; !isCreated && ::GetLastError() == ERROR_INTERNAL_ERROR && attempt < kAttempts; ++attempt) {
+        ::Sleep(kPause);
+        isCreated = create();
+    }
+    ASSERT_TRUE(isCreated) << "error " << ::GetLastError();
 }
 
 void AgentProcess::Load(const std::wstring& library)

@@ -2,6 +2,8 @@
 
 #include "tests/sweeps/ImportFaults.h"
 
+#include "tests/support/ImportSlots.h"
+
 #include <windows.h>
 
 #include <oleauto.h>
@@ -163,26 +165,12 @@ void WINAPI HostFrees(BSTR string)
     g_free(string);
 }
 
-const BYTE* Library()
-{
-    return reinterpret_cast<const BYTE*>(::GetModuleHandleW(L"Kestrovane.dll"));
-}
-
 bool IsOfCxxRuntime(const char* library)
 {
     constexpr const char* kRuntimes[] = {"libstdc++-6.dll", "libgcc_s_seh-1.dll", "libssp-0.dll",
                                          "libwinpthread-1.dll"};
     return std::any_of(std::begin(kRuntimes), std::end(kRuntimes),
                        [&](const char* runtime) { return ::_stricmp(library, runtime) == 0; });
-}
-
-void AddNames(const IMAGE_IMPORT_DESCRIPTOR& library, std::vector<std::string>& names)
-{
-    const auto* function = reinterpret_cast<const IMAGE_THUNK_DATA*>(Library() + library.OriginalFirstThunk);
-    for (; function->u1.AddressOfData != 0; ++function) {
-        const auto* byName = reinterpret_cast<const IMAGE_IMPORT_BY_NAME*>(Library() + function->u1.AddressOfData);
-        names.emplace_back(reinterpret_cast<const char*>(byName->Name));
-    }
 }
 
 } // namespace
@@ -262,15 +250,12 @@ std::string ImportFaults::Unbalanced() const
 
 std::vector<std::string> NamesOfImports()
 {
-    const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(Library());
-    const auto* headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(Library() + dos->e_lfanew);
-    const DWORD offset = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
-    const auto* library = reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(Library() + offset);
     std::vector<std::string> names;
-    for (; library->Name != 0; ++library) {
-        if (!IsOfCxxRuntime(reinterpret_cast<const char*>(Library() + library->Name))) {
-            AddNames(*library, names);
-        }
-    }
+    VisitImports(::GetModuleHandleW(L"Kestrovane.dll"),
+                 [&](const char* library, const char* function, void** /*slot*/) {
+                     if (!IsOfCxxRuntime(library)) {
+                         names.emplace_back(function);
+                     }
+                 });
     return names;
 }

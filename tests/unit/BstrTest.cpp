@@ -2,8 +2,11 @@
 
 #include <KestrovaneBstr.h>
 
+#include "tests/support/ImportPatch.h"
+
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -26,6 +29,39 @@ HRESULT ErrorOf(int length)
 
 constexpr int kMaxLength = 0x3FFFFFFF; // characters
 
+// Windows does not initialise the characters of a new string; Wine does.
+decltype(&::SysAllocStringLen) g_allocate = nullptr;
+
+BSTR WINAPI AllocateFilled(const OLECHAR* characters, UINT length)
+{
+    const BSTR string = g_allocate(characters, length);
+    if (characters == nullptr) {
+        std::fill_n(string, length, L'?');
+    }
+    return string;
+}
+
+UINT g_asked = 0; // characters
+
+BSTR WINAPI AllocateNothing(const OLECHAR* /*characters*/, UINT length)
+{
+    g_asked = length;
+    return nullptr;
+}
+
+class Allocator {
+public:
+    explicit Allocator(decltype(&::SysAllocStringLen) allocate)
+        : m_patch("kestrovane-unit-tests.exe", "SysAllocStringLen", allocate)
+    {
+        g_allocate = m_patch.Original<decltype(::SysAllocStringLen)>();
+        g_asked = 0;
+    }
+
+private:
+    ImportPatch m_patch;
+};
+
 } // namespace
 
 TEST(CComBSTRTest, IsNullWithoutCharacters)
@@ -39,6 +75,7 @@ TEST(CComBSTRTest, IsNullWithoutCharacters)
 
 TEST(CComBSTRTest, OfALengthIsAllNul)
 {
+    const Allocator allocator(&AllocateFilled);
     EXPECT_EQ(std::wstring(3, L'\0'), Content(CComBSTR(3)));
     EXPECT_EQ(std::wstring(2, L'\0'), Content(CComBSTR(2, nullptr)));
     EXPECT_EQ(E_INVALIDARG, ErrorOf(-1));
@@ -55,6 +92,8 @@ TEST(CComBSTRTest, CopiesKeepEmbeddedNuls)
     CComBSTR assigned(L"old");
     assigned = string;
     EXPECT_EQ(std::wstring(L"a\0b", 3), Content(assigned));
+    EXPECT_TRUE(!CComBSTR(CComBSTR()));
+    EXPECT_EQ(nullptr, CComBSTR().Copy());
     const CComBSTR detached(std::move(copy));
     EXPECT_EQ(std::wstring(L"a\0b", 3), Content(detached));
 }
@@ -116,6 +155,39 @@ TEST(CComBSTRTest, RejectsWhatItCannotAppend)
     EXPECT_EQ(E_INVALIDARG, string.Append(L"a", -1));
     EXPECT_EQ(E_OUTOFMEMORY, string.Append(L"a", kMaxLength - 1));
     EXPECT_EQ(L"ab", Content(string));
+}
+
+TEST(CComBSTRTest, AsksForNoStringThatCannotBe)
+{
+    CComBSTR string(L"ab");
+    const Allocator allocator(&AllocateNothing);
+    EXPECT_EQ(E_OUTOFMEMORY, string.Append(L"a", kMaxLength - 1));
+    EXPECT_EQ(0U, g_asked);
+    EXPECT_EQ(E_OUTOFMEMORY, string.Append(L"a", kMaxLength - 2));
+    EXPECT_EQ(static_cast<UINT>(kMaxLength), g_asked);
+    EXPECT_EQ(L"ab", Content(string));
+}
+
+TEST(CComBSTRTest, ThrowsWhereMemoryRunsOut)
+{
+    const CComBSTR string(L"ab");
+    CComBSTR target(L"old");
+    const Allocator allocator(&AllocateNothing);
+    EXPECT_EQ(E_OUTOFMEMORY, ErrorOf(1));
+    EXPECT_THROW(const CComBSTR copy(string), CAtlException);
+    EXPECT_THROW(target = string, CAtlException);
+    EXPECT_EQ(L"old", Content(target));
+    EXPECT_EQ(nullptr, string.Copy());
+    EXPECT_EQ(E_OUTOFMEMORY, target.Append(L"a"));
+}
+
+TEST(CComBSTRTest, DoesNotFreeItsOwnString)
+{
+    CComBSTR string(L"text");
+    string.Attach(string.m_str);
+    const CComBSTR other(L"text"); // would take the place of a freed one
+    EXPECT_NE(string.m_str, other.m_str);
+    EXPECT_EQ(L"text", Content(string));
 }
 
 TEST(CComBSTRTest, GivesItsStringUp)
