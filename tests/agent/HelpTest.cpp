@@ -82,4 +82,5 @@ TEST_F(ColourTest, IsNowhere)
     live.File(L"a.txt");
     EXPECT_EQ(std::string::npos, RunAgent({L"--help"}).output.find('\x1b'));
     EXPECT_EQ(std::string::npos, RunAgent({L"backup", live.Root(), Backup()}).output.find('\x1b'));
+    EXPECT_EQ(std::string::npos, RunAgent({L"list", live.Path(L"missing")}).messages.find('\x1b'));
 }
