@@ -106,7 +106,9 @@ def read_counts():
                                 cwd=BUILD, capture_output=True, text=True).stdout
         for document in output.splitlines():
             for file in json.loads(document)["files"]:
-                path = os.path.relpath(os.path.join(ROOT, file["file"]), ROOT)
+                # A compiler cache writes paths relative to the build.
+                base = BUILD if file["file"].startswith("..") else ROOT
+                path = os.path.relpath(os.path.normpath(os.path.join(base, file["file"])), ROOT)
                 if path.split("/")[0] in LIBRARY + ["agent"]:
                     sources[path].add(file)
     return sources
