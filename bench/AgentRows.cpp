@@ -66,8 +66,14 @@ std::vector<Row> RowsOf(const std::string& group, const std::string& what, const
         Clear();
         fs::remove_all(kBackup);
     };
+    const auto clearAllButOne = [source] {
+        Clear();
+        if (!fs::exists(kBackup)) {
+            Backup(source, kBackup);
+        }
+    };
     return {{group, "backup of " + what, backup, plain, {}, {}, clearAll, kFewRounds},
-            {group, "second backup of " + what + ", beside a first", backup, first, {}, {}, &Clear, kFewRounds},
+            {group, "second backup of " + what + ", beside a first", backup, first, {}, {}, clearAllButOne, kFewRounds},
             {group, "restore of " + what, &Restore, plain, {}, {}, &Clear, kFewRounds}};
 }
 
