@@ -75,11 +75,11 @@ bool IsOfWindows(const std::string& name)
                        [&](const char* library) { return name.starts_with(library); });
 }
 
-// Unoptimised code calls more of the runtime libraries, and another C runtime has other names: there, only the imports
-// from Windows are compared.
+// Unoptimised and checked code calls more of the runtime libraries, and another C runtime has other names: there, only the
+// imports from Windows are compared.
 Names Compared(Names names)
 {
-#if !defined(NDEBUG) || defined(_UCRT)
+#if !defined(NDEBUG) || defined(_UCRT) || defined(_GLIBCXX_ASSERTIONS)
     std::erase_if(names, [](const std::string& name) { return !IsOfWindows(name); });
 #endif
     return names;

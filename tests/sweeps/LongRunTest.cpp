@@ -94,6 +94,8 @@ private:
 TEST_F(LongRunTest, KeepsMemoryAndHandlesFlat)
 {
     constexpr std::size_t kMostGrowth = 1 << 20; // bytes: what the heap's fragments differ by
+    // Strings that the test and the last error hold; a function that leaks one block a call leaves more.
+    constexpr int kMostBlocks = 5;
     const int calls = LongCalls();
     const int handles = OpenHandleCount();
     const std::size_t bytes = CommittedBytes();
@@ -102,7 +104,7 @@ TEST_F(LongRunTest, KeepsMemoryAndHandlesFlat)
     MakeCalls(calls);
     EXPECT_EQ(handles, OpenHandleCount());
     const int blocks = HeapMeter::Outstanding();
-    EXPECT_GE(1, blocks) << "one block may hold the last error's string";
+    EXPECT_GE(kMostBlocks, blocks);
     EXPECT_GE(bytes + kMostGrowth, CommittedBytes());
     std::printf("Long run: %d calls, %d handles before and after, %lld bytes of memory more, %d blocks more.\n", calls,
                 handles, static_cast<long long>(CommittedBytes()) - static_cast<long long>(bytes), blocks);
