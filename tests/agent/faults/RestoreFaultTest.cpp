@@ -69,7 +69,7 @@ TEST_F(RestoreFaultTest, NothingLeavesTheMappedPlace)
     const auto before = Snapshot(live.Root());
     const std::wstring place = store.Path(L"mapped");
     Sweep(
-        "a mapped restore", {L"restore", Backup(), L"--map", live.Root() + L"=" + place},
+        "a mapped restore", {L"restore", Backup(), L"--map", live.Root() + L"=" + place + L";*;recursive"},
         [&] { std::filesystem::remove_all(place); },
         [&](const AgentResult& result, const std::string& /*failing*/) {
             EXPECT_EQ(before, Snapshot(live.Root()));
